@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonValue>
+#include <QMap>
+#include <QObject>
+#include <QStringList>
+
+#include <vector>
+
+class ChunkBehaviour;
+class ChunkServiceProxy;
+class FileService;
+
+/**
+ * Keeps the contexts: JSON values under ids, in memory only. Every write ends in setContext(), which decides
+ * what counts as a change, tells the bus and wakes those who wait.
+ *
+ * To every reader a JSON null means that there is no such context. Nothing here fails; any string is an id.
+ * Event-loop thread only; setContext() may be re-entered from the bus or from a slot.
+ */
+class ContextService final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Keeps both references. They may be gone before the service is destroyed.
+    ContextService(ChunkServiceProxy &chunkServiceProxy, FileService &fileService);
+    ~ContextService() override;
+    Q_DISABLE_COPY_MOVE(ContextService)
+
+    /// Takes over the behaviours; those held already are deleted first, from the last to the first.
+    void setBehaviours(std::vector<ChunkBehaviour *> &&behaviours);
+
+    /// Makes a new id, 16 letters and digits, and announces it with a "context-created" chunk. The id becomes
+    /// a context only with setContext(). Ids come from a generator seeded with the second of the clock, so
+    /// that a second call within one second waits, without pause, for the next one.
+    [[nodiscard]] QString createContext();
+
+    /// Removes the context and publishes a "context-removed" chunk, also for an unknown id. Files stay.
+    void deleteContext(const QString &id);
+
+    /// The context, null for an unknown id. A read counts as use, and deliberately leaves a null entry for an
+    /// unknown id, which getContextKeys() then lists.
+    [[nodiscard]] QJsonValue getContext(const QString &id);
+
+    /// All ids in ascending order, those of null entries included.
+    [[nodiscard]] QStringList getContextKeys() const;
+
+    /// Replaces the context by `value`. If keys other than "matchingItems", "actionRequests", "inbox" and
+    /// "attachments" differ, "matchingItems" becomes empty and a "context-changed" chunk goes out; if
+    /// anything stored differs, contextChanged() follows. Null deletes the context.
+    void setContext(const QString &id, QJsonValue value);
+
+    /// Merges the keys of `update` into the context, one level deep, and stores it with setContext(). An
+    /// unknown id takes `update` as it is. Returns the merge as given to setContext(), or null if either side
+    /// is not an object, in which case nothing changes.
+    QJsonValue updateContext(const QString &id, const QJsonValue &update);
+
+    /// Offers the chunk to every behaviour in order.
+    void pushChunk(const QJsonValue &chunk);
+
+    /// One element for each pair of `first` and `second`: that of `second` where the "id"s are equal as text,
+    /// else that of `first`. If one array is empty, the other one.
+    [[nodiscard]] QJsonArray updateResourceArrays(const QJsonArray &first, const QJsonArray &second);
+
+Q_SIGNALS:
+    /// What is stored under `id` has changed to `value`. Never emitted for a removal.
+    void contextChanged(const QString &id, const QJsonValue &value);
+
+private:
+    [[nodiscard]] static QString getRandomString();
+
+    QMap<QString, QDateTime> m_lastUse;
+    ChunkServiceProxy &m_chunkServiceProxy;
+    FileService &m_fileService;
+    QMap<QString, QJsonValue> m_contexts;
+    std::vector<ChunkBehaviour *> m_behaviours;
+};
