@@ -8,6 +8,13 @@ using namespace http::server;
 
 namespace {
 
+/// The bytes of a literal that may hold NUL.
+template <int size>
+QByteArray bytesOf(const char (&literal)[size])
+{
+    return {literal, size - 1};
+}
+
 using RequestPointer = QSharedPointer<Request>;
 using ResponsePointer = QSharedPointer<Response>;
 
@@ -214,11 +221,11 @@ private Q_SLOTS:
         const QByteArray chunked = post + "Transfer-Encoding: chunked\r\n\r\n";
         QTest::newRow("no Host") << QByteArray("GET / HTTP/1.1\r\n\r\n") << 400;
         QTest::newRow("bare LF") << QByteArray("GET / HTTP/1.1\n") << 400;
-        QTest::newRow("NUL in the target") << QByteArray("GET /a\0 HTTP/1.1\r\n", 19) << 400;
+        QTest::newRow("NUL in the target") << bytesOf("GET /a\0 HTTP/1.1\r\n") << 400;
         QTest::newRow("folded") << post + " x: y\r\n" << 400;
         QTest::newRow("both framings") << post + "Content-Length: 1\r\nTransfer-Encoding: chunked\r\n\r\n"
                                        << 400;
-        QTest::newRow("TLS hello") << QByteArray("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03\n", 12) << 400;
+        QTest::newRow("TLS hello") << bytesOf("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03\n") << 400;
         QTest::newRow("unknown method") << QByteArray("BREW / HTTP/1.1\r\n") << 501;
         QTest::newRow("other version") << QByteArray("GET / HTTP/3.0\r\n") << 505;
         QTest::newRow("target too long") << "GET /" + QByteArray(16384, 'a') << 414;

@@ -8,6 +8,13 @@ using Verdict = HeaderGate::Verdict;
 
 namespace {
 
+/// The bytes of a literal that may hold NUL.
+template <int size>
+QByteArray bytesOf(const char (&literal)[size])
+{
+    return {literal, size - 1};
+}
+
 std::string_view view(const QByteArray &bytes)
 {
     return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
@@ -74,9 +81,9 @@ private Q_SLOTS:
         QTest::newRow("bare LF in a value") << get("X: a\nEvil: b\r\n") << 400;
         QTest::newRow("bare LF as the end") << QByteArray("GET / HTTP/1.1\r\nHost: a\r\n\n") << 400;
         QTest::newRow("CR CR LF") << get("X: a\r\r\n") << 400;
-        QTest::newRow("NUL in the target") << QByteArray("GET /a\0b HTTP/1.1\r\nHost: a\r\n\r\n", 34) << 400;
-        QTest::newRow("NUL in a value") << get(QByteArray("X: a\0b\r\n", 8)) << 400;
-        QTest::newRow("NUL in a name") << get(QByteArray("X\0: a\r\n", 7)) << 400;
+        QTest::newRow("NUL in the target") << bytesOf("GET /a\0b HTTP/1.1\r\nHost: a\r\n\r\n") << 400;
+        QTest::newRow("NUL in a value") << get(bytesOf("X: a\0b\r\n")) << 400;
+        QTest::newRow("NUL in a name") << get(bytesOf("X\0: a\r\n")) << 400;
         QTest::newRow("escape in a value") << get("X: \x1b[31m\r\n") << 400;
         QTest::newRow("delete in a value") << get("X: \x7f\r\n") << 400;
         QTest::newRow("tab in the request line") << QByteArray("GET\t/ HTTP/1.1\r\nHost: a\r\n\r\n") << 400;
