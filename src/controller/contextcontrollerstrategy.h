@@ -40,6 +40,10 @@ public:
     [[nodiscard]] QMap<QString, QJsonObject> &lastSentContexts();
 
 private:
+    [[nodiscard]] http::Controller *createForGetOrDelete(const http::server::Request &request,
+                                                         const QString &url);
+    [[nodiscard]] http::Controller *createForPost(const QString &url);
+
     ContextService &m_contextService;
     ChunkService *m_chunkService = nullptr;
     QMap<QString, QJsonObject> m_lastSentContexts;

@@ -3,6 +3,7 @@
 #include <k7-plugin-api/controller.h>
 
 class ContextService;
+class QJsonObject;
 
 /**
  * Answers POST on /context, from inside onNewRequest(): makes a context of the body under a new id, which
@@ -26,6 +27,8 @@ public:
 
 private:
     [[nodiscard]] QByteArray bodyAsUtf8() const;
+    void refuse(const QString &reason);
+    void answer(const QString &id, const QJsonObject &context);
 
     ContextService &m_contextService;
     QSharedPointer<http::server::Request> m_request;
