@@ -20,10 +20,10 @@ static const QLoggingCategory &contextControllerLogging()
 }
 
 ContextController::ContextController(ContextService &contextService, Request::HttpMethod method,
-                                     const QString &contextId)
+                                     QString contextId)
     : m_contextService(contextService)
     , m_method(method)
-    , m_contextId(contextId)
+    , m_contextId(std::move(contextId))
 {
 }
 

@@ -21,7 +21,7 @@ class ContextController final : public http::Controller
 public:
     /// Any other method leaves the response untouched.
     ContextController(ContextService &contextService, http::server::Request::HttpMethod method,
-                      const QString &contextId);
+                      QString contextId);
     Q_DISABLE_COPY_MOVE(ContextController)
 
     void release() override;

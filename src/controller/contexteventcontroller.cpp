@@ -21,11 +21,11 @@ static const QLoggingCategory &contextEventControllerLogging()
 
 ContextEventController::ContextEventController(ContextControllerStrategy &strategy,
                                                ContextService &contextService, Request::HttpMethod method,
-                                               const QString &contextId)
+                                               QString contextId)
     : m_strategy(strategy)
     , m_contextService(contextService)
     , m_method(method)
-    , m_contextId(contextId)
+    , m_contextId(std::move(contextId))
 {
 }
 

@@ -28,7 +28,7 @@ class ContextEventController final : public QObject, public http::Controller
 public:
     /// Any method but GET leaves the response untouched. The references must outlive the controller.
     ContextEventController(ContextControllerStrategy &strategy, ContextService &contextService,
-                           http::server::Request::HttpMethod method, const QString &contextId);
+                           http::server::Request::HttpMethod method, QString contextId);
     Q_DISABLE_COPY_MOVE(ContextEventController)
 
     void release() override;
