@@ -20,6 +20,9 @@ public:
     HeaderFields() = default;
     HeaderFields(std::initializer_list<std::pair<QByteArray, QByteArray>> fields);
 
+    /// Makes room for so many bytes of names and values.
+    void reserve(int bytes) { m_text.reserve(bytes); }
+
     void append(const QByteArray &name, const QByteArray &value);
 
     /// Replaces all fields of this name by one, at the place of the first of them.

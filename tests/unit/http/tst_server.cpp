@@ -1,0 +1,324 @@
+#include <http/server/connection.h>
+#include <http/server/request.h>
+#include <http/server/response.h>
+#include <http/server/server.h>
+
+#include <QEventLoop>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+#include <QtTest>
+
+#include <sys/socket.h>
+
+using namespace http::server;
+
+namespace {
+
+using RequestPointer = QSharedPointer<Request>;
+using ResponsePointer = QSharedPointer<Response>;
+
+class FunctionHandler final : public RequestHandler
+{
+public:
+    std::function<void(const RequestPointer &, const ResponsePointer &)> function;
+    void requestReceived(const RequestPointer &request, const ResponsePointer &response) override
+    {
+        function(request, response);
+    }
+};
+
+QByteArray get(const char *path)
+{
+    return QByteArray("GET ") + path + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
+}
+
+/// Connects, sends `bytes` and leaves reading to the test.
+std::unique_ptr<QTcpSocket> client(quint16 port, const QByteArray &bytes)
+{
+    auto socket = std::make_unique<QTcpSocket>();
+    socket->connectToHost(QHostAddress::LocalHost, port);
+    if (!socket->waitForConnected(5000))
+        qFatal("No connection.");
+    socket->write(bytes);
+    socket->flush();
+    return socket;
+}
+
+void reset(QTcpSocket &socket)
+{
+    const linger immediately{1, 0};
+    ::setsockopt(static_cast<int>(socket.socketDescriptor()), SOL_SOCKET, SO_LINGER, &immediately,
+                 sizeof immediately);
+    socket.abort();
+}
+
+} // namespace
+
+class ServerTest : public QObject
+{
+    Q_OBJECT
+
+    FunctionHandler handler;
+    std::unique_ptr<Server> server;
+
+    void serve(const Limits &limits = {})
+    {
+        server = std::make_unique<Server>(limits, handler);
+        QCOMPARE(server->listen(QStringLiteral("127.0.0.1"), 0), QString());
+        QVERIFY(server->port() != 0);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        handler.function = [](const RequestPointer &request, const ResponsePointer &response) {
+            response->end(request->url().path().toUtf8() + request->body());
+        };
+    }
+    void cleanup() { server.reset(); }
+
+    void answersOverASocket()
+    {
+        serve();
+        const auto socket = client(server->port(), get("/a"));
+        QTRY_VERIFY(socket->bytesAvailable() > 0);
+        QVERIFY(socket->readAll().endsWith("\r\n\r\n/a"));
+        socket->write(get("/b") + get("/c"));
+        QByteArray answers;
+        QTRY_VERIFY((answers += socket->readAll()).endsWith("/c"));
+        QVERIFY(answers.contains("\r\n\r\n/b"));
+        QCOMPARE(server->connectionCount(), 1);
+        socket->disconnectFromHost();
+        QTRY_COMPARE(server->connectionCount(), 0);
+    }
+
+    void listensOnIpv6()
+    {
+        server = std::make_unique<Server>(Limits(), handler);
+        const QString error = server->listen(QStringLiteral("::1"), 0);
+        if (!error.isEmpty())
+            QSKIP("There is no IPv6 loopback here.");
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHostIPv6, server->port());
+        QVERIFY(socket.waitForConnected());
+        socket.write(get("/six"));
+        QTRY_VERIFY(socket.bytesAvailable() > 0);
+        QVERIFY(socket.readAll().endsWith("/six"));
+    }
+
+    void listenFails_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("why");
+        QTest::newRow("in use") << "127.0.0.1"
+                                << "address already in use";
+        QTest::newRow("not of this machine") << "192.0.2.1"
+                                             << "address not available";
+        QTest::newRow("no number") << "localhost"
+                                   << "localhost is no numeric IP address";
+    }
+    void listenFails()
+    {
+        QFETCH(QString, address);
+        QFETCH(QString, why);
+        QTcpServer other;
+        QVERIFY(other.listen(QHostAddress::LocalHost));
+        server = std::make_unique<Server>(Limits(), handler);
+        QCOMPARE(server->listen(address, other.serverPort()), why);
+        QCOMPARE(server->port(), quint16(0));
+        QCOMPARE(server->listen(QStringLiteral("127.0.0.1"), 0), QString());
+    }
+
+    void departuresAreNoticedAtOnce_data()
+    {
+        QTest::addColumn<QByteArray>("how");
+        QTest::addColumn<bool>("behindInput");
+        for (const char *how : {"close", "half-close", "reset"}) {
+            QTest::addRow("%s", how) << QByteArray(how) << false;
+            QTest::addRow("%s behind input that waits", how) << QByteArray(how) << true;
+        }
+    }
+    void departuresAreNoticedAtOnce()
+    {
+        QFETCH(QByteArray, how);
+        QFETCH(bool, behindInput);
+        int finished = 0;
+        ResponsePointer parked;
+        handler.function = [&](const auto &, const ResponsePointer &response) {
+            parked = response;
+            response->onFinished([&] { ++finished; });
+        };
+        serve();
+        const auto socket = client(server->port(), get("/poll"));
+        QTRY_VERIFY(parked);
+        if (behindInput) {
+            // More than the server is willing to keep, and little enough for the kernel to take the rest.
+            socket->write(QByteArray(2 * Connection::maxWaitingBytes + 4096, 'x'));
+            QTRY_COMPARE(socket->bytesToWrite(), 0);
+        }
+        QCOMPARE(finished, 0);
+        if (how == "close")
+            socket->abort();
+        else if (how == "half-close")
+            ::shutdown(static_cast<int>(socket->socketDescriptor()), SHUT_WR);
+        else
+            reset(*socket);
+        QTRY_COMPARE(finished, 1);
+        QVERIFY(!parked->isOpen());
+        QTRY_COMPARE(server->connectionCount(), 0);
+    }
+
+    void aRequestBeforeAHalfCloseIsAnswered()
+    {
+        serve();
+        const auto socket = client(server->port(), get("/a") + get("/b"));
+        ::shutdown(static_cast<int>(socket->socketDescriptor()), SHUT_WR);
+        QTRY_COMPARE(socket->state(), QAbstractSocket::UnconnectedState);
+        const QByteArray answers = socket->readAll();
+        QVERIFY(answers.contains("\r\n\r\n/a"));
+        QVERIFY(answers.endsWith("\r\n\r\n/b"));
+    }
+
+    void aNestedEventLoopStallsNobody()
+    {
+        QEventLoop nested;
+        QStringList order;
+        handler.function = [&](const RequestPointer &request, const ResponsePointer &response) {
+            const QString path = request->url().path();
+            order.append(path);
+            if (path == QLatin1String("/wait"))
+                QCOMPARE(nested.exec(), 7);
+            response->end(path.toUtf8());
+            order.append(path + QLatin1Char('!'));
+        };
+        serve();
+        const auto waiting = client(server->port(), get("/wait"));
+        const auto sameTurn = client(server->port(), get("/a"));
+        QByteArray second;
+        // Driven from inside the nested loop: one client from before it, one that comes while it runs.
+        std::unique_ptr<QTcpSocket> later;
+        connect(sameTurn.get(), &QTcpSocket::readyRead, [&] {
+            if (!later) {
+                later = client(server->port(), get("/b"));
+                connect(later.get(), &QTcpSocket::readyRead, [&] { nested.exit(7); });
+            }
+        });
+        QTimer::singleShot(5000, &nested, [&] { nested.exit(1); });
+        QTRY_VERIFY(waiting->bytesAvailable() > 0);
+        QCOMPARE(order.join(QLatin1Char(' ')), QStringLiteral("/wait /a /a! /b /b! /wait!"));
+    }
+
+    void connectionsBeyondTheCapAreToldAndTheCapRecovers()
+    {
+        Limits limits;
+        limits.maxConnections = 2;
+        serve(limits);
+        auto first = client(server->port(), {});
+        const auto second = client(server->port(), {});
+        QTRY_COMPARE(server->connectionCount(), 2);
+        const auto third = client(server->port(), get("/"));
+        QTRY_COMPARE(third->state(), QAbstractSocket::UnconnectedState);
+        QVERIFY(third->readAll().startsWith("HTTP/1.1 503 "));
+        QCOMPARE(server->connectionCount(), 2);
+        first.reset();
+        QTRY_COMPARE(server->connectionCount(), 1);
+        const auto fourth = client(server->port(), get("/d"));
+        QByteArray answer;
+        QTRY_VERIFY((answer += fourth->readAll()).endsWith("/d"));
+    }
+
+    void dawdlersAreEnded_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QByteArray>("answer");
+        QTest::newRow("idle") << QByteArray() << QByteArray();
+        QTest::newRow("headers") << QByteArray("GET / HTTP/1.1\r\n") << QByteArray("HTTP/1.1 408 ");
+        QTest::newRow("body") << QByteArray("PUT / HTTP/1.1\r\nHost: a\r\nContent-Length: 2\r\n\r\nx")
+                              << QByteArray("HTTP/1.1 408 ");
+    }
+    void dawdlersAreEnded()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QByteArray, answer);
+        Limits limits;
+        limits.headerTimeout = limits.bodyTimeout = limits.idleTimeout = std::chrono::milliseconds(20);
+        serve(limits);
+        const auto socket = client(server->port(), bytes);
+        QTRY_COMPARE(socket->state(), QAbstractSocket::UnconnectedState);
+        QCOMPARE(socket->readAll().left(answer.isEmpty() ? 1 : answer.size()), answer);
+    }
+
+    void largeBodiesGoBothWays()
+    {
+        handler.function = [](const RequestPointer &request, const ResponsePointer &response) {
+            response->end(request->body());
+        };
+        serve();
+        QByteArray body(8 << 20, Qt::Uninitialized);
+        for (int i = 0; i < body.size(); ++i)
+            body[i] = static_cast<char>(i * 31);
+        const QByteArray head =
+            "PUT / HTTP/1.1\r\nHost: a\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n";
+        const auto socket = client(server->port(), head + body + get("/after"));
+        QByteArray answers;
+        QTRY_VERIFY_WITH_TIMEOUT((answers += socket->readAll()).size() > body.size() + 200, 20000);
+        const int begin = answers.indexOf("\r\n\r\n") + 4;
+        QVERIFY(answers.mid(begin, body.size()) == body);
+        QTRY_VERIFY((answers += socket->readAll()).count("HTTP/1.1 200 OK") == 2);
+    }
+
+    void anAnswerThatIsNotReadIsGivenUp()
+    {
+        Limits limits;
+        limits.idleTimeout = std::chrono::milliseconds(50);
+        handler.function = [](const auto &, const ResponsePointer &response) {
+            response->end(QByteArray(64 << 20, 'x'));
+        };
+        serve(limits);
+        QTcpSocket socket;
+        socket.setReadBufferSize(1);
+        socket.connectToHost(QHostAddress::LocalHost, server->port());
+        QVERIFY(socket.waitForConnected());
+        socket.write(get("/"));
+        QTRY_COMPARE(server->connectionCount(), 1);
+        QTRY_COMPARE(server->connectionCount(), 0);
+    }
+
+    void openConnectionsGoOnAfterListeningStopped()
+    {
+        serve();
+        const auto socket = client(server->port(), {});
+        QTRY_COMPARE(server->connectionCount(), 1);
+        const quint16 port = server->port();
+        server->stopListening();
+        QCOMPARE(server->port(), quint16(0));
+        socket->write(get("/still"));
+        QByteArray answer;
+        QTRY_VERIFY((answer += socket->readAll()).endsWith("/still"));
+        QTcpSocket refused;
+        refused.connectToHost(QHostAddress::LocalHost, port);
+        QVERIFY(!refused.waitForConnected(2000));
+    }
+
+    void destructionEndsOpenExchangesSilently()
+    {
+        int finished = 0;
+        ResponsePointer parked;
+        handler.function = [&](const auto &, const ResponsePointer &response) {
+            parked = response;
+            response->onFinished([&] { ++finished; });
+        };
+        serve();
+        const auto socket = client(server->port(), get("/poll"));
+        QTRY_VERIFY(parked);
+        server.reset();
+        QCOMPARE(finished, 0);
+        parked->end("into the void");
+        QTRY_COMPARE(socket->state(), QAbstractSocket::UnconnectedState);
+        QVERIFY(socket->readAll().isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(ServerTest)
+#include "tst_server.moc"
