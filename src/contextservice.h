@@ -67,7 +67,8 @@ public:
     [[nodiscard]] QJsonArray updateResourceArrays(const QJsonArray &first, const QJsonArray &second);
 
 Q_SIGNALS:
-    /// What is stored under `id` has changed to `value`. Never emitted for a removal.
+    /// What is stored under `id` has changed to `value`. Never emitted for a removal as such; `value` is null
+    /// if the bus removed the context from inside the change.
     void contextChanged(const QString &id, const QJsonValue &value);
 
 private:
