@@ -121,7 +121,8 @@ def split_commands(lines):
 def compare(command, printed, actual, ids):
     """Exits with both if they differ. `ids` holds what stands for each id of the README."""
     for ours, theirs in zip(ID.findall("\n".join(printed)), ID.findall(actual)):
-        ids.setdefault(ours, theirs)
+        if theirs not in ids.values():
+            ids.setdefault(ours, theirs)
     expected = "".join(ID.sub(lambda found: ids.get(found[1], found[1]), line) + "\n" for line in printed)
     if actual != expected:
         sys.exit(f"$ {command}\nThe README prints:\n{expected}\nThe host answers:\n{actual}")
@@ -169,7 +170,7 @@ def test_quick_start(readme, arguments):
 
 def test_settings(readme, arguments):
     """The settings and defaults of the README are those that the host tells with --help."""
-    row = r"^\| `((?:http|plugins)\.\w+)` \| `?([^`|]*?)`? \|"
+    row = r"^\| `((?:http|plugins)\.\w+)` \| *`?([^`|]*?)`? *\|"
     in_readme = {key: value.strip() for key, value in re.findall(row, readme, re.MULTILINE)}
     help_text = subprocess.run([arguments.host, "--help"], check=True, capture_output=True, text=True).stdout
     in_help = dict(re.findall(r"^  ((?:http|plugins)\.\w+) +([0-9.:]*) ", help_text, re.MULTILINE))
