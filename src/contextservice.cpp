@@ -63,6 +63,22 @@ static QJsonObject changedKeys(const QJsonObject &old, const QJsonObject &next)
     return changed;
 }
 
+// Built anew: Qt's object keeps the bytes of a value that is replaced in it, so that a context merged in
+// place would grow with every update.
+static QJsonObject merged(const QJsonObject &current, const QJsonObject &update)
+{
+    QJsonObject result;
+    for (auto it = current.constBegin(); it != current.constEnd(); ++it) {
+        const auto changed = update.constFind(it.key());
+        result.insert(it.key(), changed == update.constEnd() ? it.value() : changed.value());
+    }
+    for (auto it = update.constBegin(); it != update.constEnd(); ++it) {
+        if (!current.contains(it.key()))
+            result.insert(it.key(), it.value());
+    }
+    return result;
+}
+
 ContextService::ContextService(ChunkServiceProxy &chunkServiceProxy, FileService &fileService)
     : m_chunkServiceProxy(chunkServiceProxy)
     , m_fileService(fileService)
@@ -113,7 +129,7 @@ QString ContextService::createContext()
         id = getRandomString();
     if (ChunkService *chunkService = m_chunkServiceProxy.getChunkService())
         chunkService->publishChunk(structure::chunk::ContextCreated::create(id));
-    m_lastUse[id] = QDateTime::currentDateTime();
+    m_lastUse[id] = QDateTime::currentDateTimeUtc();
     return id;
 }
 
@@ -127,7 +143,7 @@ void ContextService::deleteContext(const QString &id)
 
 QJsonValue ContextService::getContext(const QString &id)
 {
-    m_lastUse[id] = QDateTime::currentDateTime();
+    m_lastUse[id] = QDateTime::currentDateTimeUtc();
     // Entering a null for an unknown id is deliberate: getContextKeys() lists it, createContext() avoids it.
     return m_contexts[id];
 }
@@ -146,7 +162,7 @@ void ContextService::setContext(const QString &id, QJsonValue value)
     }
     QJsonObject update;
     const QJsonValue old = store(id, std::move(value), update);
-    m_lastUse[id] = QDateTime::currentDateTime();
+    m_lastUse[id] = QDateTime::currentDateTimeUtc();
     publishChange(id, update);
     // Read afresh: the bus may have called back and have changed or removed the context.
     const QJsonValue current = m_contexts.value(id);
@@ -197,12 +213,9 @@ QJsonValue ContextService::updateContext(const QString &id, const QJsonValue &up
     }
     if (!current.isObject() || !update.isObject())
         return QJsonValue::Null;
-    QJsonObject merged = current.toObject();
-    const QJsonObject changes = update.toObject();
-    for (auto it = changes.constBegin(); it != changes.constEnd(); ++it)
-        merged.insert(it.key(), it.value());
-    setContext(id, merged);
-    return merged;
+    const QJsonObject result = merged(current.toObject(), update.toObject());
+    setContext(id, result);
+    return result;
 }
 
 void ContextService::pushChunk(const QJsonValue &chunk)
