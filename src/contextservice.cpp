@@ -129,7 +129,7 @@ QString ContextService::createContext()
         id = getRandomString();
     if (ChunkService *chunkService = m_chunkServiceProxy.getChunkService())
         chunkService->publishChunk(structure::chunk::ContextCreated::create(id));
-    m_lastUse[id] = QDateTime::currentDateTimeUtc();
+    m_lastUse[id] = QDateTime::currentDateTime();
     return id;
 }
 
@@ -143,7 +143,7 @@ void ContextService::deleteContext(const QString &id)
 
 QJsonValue ContextService::getContext(const QString &id)
 {
-    m_lastUse[id] = QDateTime::currentDateTimeUtc();
+    m_lastUse[id] = QDateTime::currentDateTime();
     // Entering a null for an unknown id is deliberate: getContextKeys() lists it, createContext() avoids it.
     return m_contexts[id];
 }
@@ -162,7 +162,7 @@ void ContextService::setContext(const QString &id, QJsonValue value)
     }
     QJsonObject update;
     const QJsonValue old = store(id, std::move(value), update);
-    m_lastUse[id] = QDateTime::currentDateTimeUtc();
+    m_lastUse[id] = QDateTime::currentDateTime();
     publishChange(id, update);
     // Read afresh: the bus may have called back and have changed or removed the context.
     const QJsonValue current = m_contexts.value(id);
