@@ -1,9 +1,8 @@
 #include "installedprobe.h"
+#include "settingsdirectory.h"
 #include "system/settings.h"
 
-#include <QCoreApplication>
-#include <QTemporaryDir>
-
+#include <memory>
 #include <type_traits>
 
 using tessel::system::Scope;
@@ -60,44 +59,27 @@ private Q_SLOTS:
     void asksTwiceForAnAbsentKey();
 
 private:
-    [[nodiscard]] QString write(const QString &relativePath, const QString &lines);
+    [[nodiscard]] QString write(const QString &relativePath, const QString &lines) const;
     [[nodiscard]] Settings read(Scope::Values scopes) const;
 
-    std::unique_ptr<QTemporaryDir> m_directory;
-    QString m_oldWorkingDirectory;
+    std::unique_ptr<SettingsDirectory> m_directory;
 };
 
 void TestSettings::init()
 {
-    m_directory = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_directory->isValid());
-    m_oldWorkingDirectory = QDir::currentPath();
-    QVERIFY(QDir(m_directory->path()).mkdir(QStringLiteral("cwd")));
-    QVERIFY(QDir::setCurrent(m_directory->filePath(QStringLiteral("cwd"))));
-    QSettings::setPath(QSettings::IniFormat, QSettings::SystemScope,
-                       m_directory->filePath(QStringLiteral("system")));
-    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
-                       m_directory->filePath(QStringLiteral("user")));
-    qunsetenv("TS_SETTINGS_INI_FILE");
-    QCoreApplication::setOrganizationName(QStringLiteral("maker"));
-    QCoreApplication::setApplicationName(QStringLiteral("program"));
+    m_directory = std::make_unique<SettingsDirectory>();
+    QVERIFY(m_directory->isReady());
 }
 
 void TestSettings::cleanup()
 {
-    qunsetenv("TS_SETTINGS_INI_FILE");
-    QVERIFY(QDir::setCurrent(m_oldWorkingDirectory));
     m_directory.reset();
 }
 
 // Writes an .ini file with one group and gives its path, empty if that failed.
-QString TestSettings::write(const QString &relativePath, const QString &lines)
+QString TestSettings::write(const QString &relativePath, const QString &lines) const
 {
-    QFile file(m_directory->filePath(relativePath));
-    const QByteArray text = QStringLiteral("[group]\n%1\n").arg(lines).toUtf8();
-    const bool written = QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly)
-                         && file.write(text) == text.size();
-    return written ? file.fileName() : QString();
+    return m_directory->write(relativePath, QStringLiteral("group"), lines);
 }
 
 Settings TestSettings::read(Scope::Values scopes) const
