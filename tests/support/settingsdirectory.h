@@ -53,7 +53,8 @@ public:
     }
 
 private:
-    QTemporaryDir m_directory;
+    // Named here, since the default takes the name of the application, which a test may change.
+    QTemporaryDir m_directory{QDir::tempPath() + QStringLiteral("/settings-XXXXXX")};
     QString m_oldWorkingDirectory = QDir::currentPath();
     bool m_ready = false;
 };
