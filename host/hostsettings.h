@@ -1,0 +1,31 @@
+#pragma once
+
+#include "listenaddress.h"
+#include "startfailure.h"
+
+#include <http/server/limits.h>
+
+#include <QStringList>
+#include <QVariant>
+
+#include <functional>
+#include <optional>
+#include <variant>
+
+/// What the settings group "ch.tessel.vexo-service" says. A key that is not set has its default.
+struct HostSettings
+{
+    /// Gives the value of one full key, such as "ch.tessel.vexo-service/http.listen"; invalid if it is not
+    /// set.
+    using Lookup = std::function<QVariant(const QString &key)>;
+
+    std::optional<ListenAddress> listen; ///< `http.listen`
+    QStringList pluginDirectories; ///< `plugins.directory`, one or a list; empty if not set
+    http::server::Limits limits; ///< `http.max…` in bytes and connections, `http.…Timeout` in seconds
+
+    /// Reads all keys. A value that makes no sense is a failure that names the key, the value and why.
+    [[nodiscard]] static std::variant<HostSettings, StartFailure> read(const Lookup &lookup);
+
+    /// The keys with their defaults and meanings, a line each, for the help text.
+    [[nodiscard]] static QString describe();
+};

@@ -1,0 +1,56 @@
+#include "host.h"
+#include "layeredsettings.h"
+#include "unixsignals.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+
+#include <cstdio>
+
+static int fail(StartFailure failure)
+{
+    failure.text.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    std::fprintf(stderr, "vexo-service: %s\n", qUtf8Printable(failure.text));
+    return failure.exitStatus;
+}
+
+static int serve(const HostOptions &options)
+{
+    const auto values =
+        readLayeredSettings(QCoreApplication::organizationName(), QCoreApplication::applicationName());
+    auto settings = HostSettings::read([&values](const QString &key) { return values.value(key); });
+    if (auto *failure = std::get_if<StartFailure>(&settings))
+        return fail(std::move(*failure));
+
+    const UnixSignals signalsOfTheSystem;
+    QObject::connect(&signalsOfTheSystem, &UnixSignals::stopRequested, qApp, &QCoreApplication::quit);
+    Host host(options, std::get<HostSettings>(settings));
+    if (auto failure = host.start())
+        return fail(std::move(*failure));
+    const int status = QCoreApplication::exec();
+    host.stop();
+    return status;
+}
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("tessel"));
+    QCoreApplication::setApplicationName(QStringLiteral("vexo-service"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(K7_VERSION));
+    qSetMessagePattern(QStringLiteral("%{time yyyy-MM-dd hh:mm:ss.zzz} %{type} %{category}: %{message}"));
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false"));
+
+    const auto options = HostOptions::parse(QCoreApplication::arguments());
+    if (const auto *failure = std::get_if<StartFailure>(&options))
+        return fail(*failure);
+    const HostOptions &given = std::get<HostOptions>(options);
+    if (given.task == HostOptions::Task::Serve)
+        return serve(given);
+    const QString text =
+        given.task == HostOptions::Task::ShowHelp
+            ? HostOptions::helpText()
+            : QStringLiteral("vexo-service %1\n").arg(QCoreApplication::applicationVersion());
+    std::fputs(qUtf8Printable(text), stdout);
+    return 0;
+}

@@ -1,0 +1,8 @@
+#include "unresolvedplugin.h"
+
+void functionOfNobody();
+
+UnresolvedPlugin::UnresolvedPlugin()
+{
+    functionOfNobody();
+}
