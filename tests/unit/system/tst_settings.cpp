@@ -49,6 +49,7 @@ private Q_SLOTS:
     void mergesTheLayersOfItsFlags();
     void theConfigurationDirectoryIsTheConfiguredOne();
     void keepsKeysThatAStrongerLayerDoesNotHave();
+    void theUserScopeHasNoFallbacks();
     void readsNothingWithoutFlags();
     void environmentFile_data();
     void environmentFile();
@@ -169,6 +170,14 @@ void TestSettings::keepsKeysThatAStrongerLayerDoesNotHave()
     QVERIFY(!write(QStringLiteral("user/maker/program.ini"), QStringLiteral("a=\nb=2")).isEmpty());
     settings = read(Scope::SystemSettings | Scope::UserSettings);
     QCOMPARE(settings.value(QStringLiteral("group/a")), QVariant(QString()));
+}
+
+void TestSettings::theUserScopeHasNoFallbacks()
+{
+    for (const char *file : {"system/maker/program.ini", "system/maker.ini", "user/maker.ini"})
+        QVERIFY(!write(QLatin1String(file), QStringLiteral("key=1")).isEmpty());
+    QVERIFY(!read(Scope::UserSettings).value(QStringLiteral("group/key")).isValid());
+    QVERIFY(read(Scope::SystemSettings).value(QStringLiteral("group/key")).isValid());
 }
 
 void TestSettings::readsNothingWithoutFlags()
