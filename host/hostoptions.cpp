@@ -74,10 +74,10 @@ std::variant<HostOptions, StartFailure> Parser::parse(const QStringList &argumen
         return StartFailure{why + QStringLiteral(" See --help."), 2};
 
     HostOptions options;
+    if (m_parser.isSet(m_version))
+        options.task = HostOptions::Task::ShowVersion;
     if (m_parser.isSet(m_help))
         options.task = HostOptions::Task::ShowHelp;
-    else if (m_parser.isSet(m_version))
-        options.task = HostOptions::Task::ShowVersion;
     options.listen = ListenAddress::parse(m_parser.value(m_listen));
     options.plugins = m_parser.values(m_plugin);
     options.pluginDirectories = m_parser.values(m_pluginDirectory);

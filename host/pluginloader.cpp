@@ -40,9 +40,10 @@ static std::variant<LoadedPlugin, StartFailure> loadPlugin(const QFileInfo &file
 static std::optional<StartFailure> addLibraries(const QString &directory, QFileInfoList &files)
 {
     const QDir dir(directory);
-    if (!dir.exists())
+    if (!dir.exists()) {
         return StartFailure{
             QStringLiteral("plug-in directory %1: no such directory").arg(dir.absolutePath())};
+    }
     const QFileInfoList entries = dir.entryInfoList(QDir::Files, QDir::Name);
     std::copy_if(entries.cbegin(), entries.cend(), std::back_inserter(files),
                  [](const QFileInfo &file) { return QLibrary::isLibrary(file.fileName()); });
@@ -58,9 +59,10 @@ std::variant<PluginSet, StartFailure> loadPlugins(const QStringList &files, cons
         if (auto failure = addLibraries(directory, found))
             return std::move(*failure);
     }
-    if (found.isEmpty())
+    if (found.isEmpty()) {
         return StartFailure{
             QStringLiteral("no plug-in to load in %1").arg(directories.join(QStringLiteral(", ")))};
+    }
 
     PluginSet plugins;
     QStringList loaded;
