@@ -1,5 +1,5 @@
 #include "host.h"
-#include "layeredsettings.h"
+#include "system/settings.h"
 #include "unixsignals.h"
 
 #include <QCoreApplication>
@@ -16,8 +16,8 @@ static int fail(StartFailure failure)
 
 static int serve(const HostOptions &options)
 {
-    const auto values =
-        readLayeredSettings(QCoreApplication::organizationName(), QCoreApplication::applicationName());
+    tessel::system::Settings values(QCoreApplication::organizationName(), QCoreApplication::applicationName(),
+                                    tessel::system::Scope::Values(0xf));
     auto settings = HostSettings::read([&values](const QString &key) { return values.value(key); });
     if (auto *failure = std::get_if<StartFailure>(&settings))
         return fail(std::move(*failure));

@@ -3,6 +3,7 @@
 #include "chunkbehaviour.h"
 #include "chunkserviceproxy.h"
 #include "constants/context.h"
+#include "contextcollector.h"
 #include "structure/chunk/contextcreated.h"
 #include "structure/chunk/contextremoved.h"
 
@@ -11,6 +12,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLoggingCategory>
+#include <QTimer>
 #include <QVector>
 
 #include <utility>
@@ -83,10 +85,15 @@ ContextService::ContextService(ChunkServiceProxy &chunkServiceProxy, FileService
     : m_chunkServiceProxy(chunkServiceProxy)
     , m_fileService(fileService)
 {
+    m_gcTimer = contextcollector::start(*this, m_lastUse);
 }
 
 ContextService::~ContextService()
 {
+    if (m_gcTimer != nullptr) {
+        m_gcTimer->stop();
+        m_gcTimer->deleteLater();
+    }
     deleteBehaviours();
 }
 
