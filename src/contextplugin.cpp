@@ -5,11 +5,10 @@
 #include "contextservice.h"
 #include "controller/contextcontrollerstrategy.h"
 #include "fileservice.h"
-#include "system/settings.h"
+#include "pluginsettings.h"
 
 #include <k7-plugin-api/chunkservice.h>
 
-#include <QCoreApplication>
 #include <QJsonObject>
 #include <QLoggingCategory>
 #include <QTimer>
@@ -45,10 +44,8 @@ void ContextPlugin::initialize()
 
 void ContextPlugin::armDefaultValue()
 {
-    using tessel::system::Scope;
-    tessel::system::Settings settings(QCoreApplication::organizationName(),
-                                      QCoreApplication::applicationName(), Scope::Values(0xf));
-    if (!settings.value(QStringLiteral("ch.tessel.vexo-service.context/defaultValues")).toBool())
+    const QString key = QStringLiteral("ch.tessel.vexo-service.context/defaultValues");
+    if (!readPluginSettings().value(key).toBool())
         return;
     // A child, so that nothing of it is left when the plug-in goes and its library is unloaded.
     auto *timer = new QTimer(this);
