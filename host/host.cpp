@@ -41,7 +41,8 @@ std::optional<StartFailure> Host::start()
 
 std::optional<StartFailure> Host::tryStart()
 {
-    auto loaded = loadPlugins(m_options.plugins, pluginDirectories());
+    auto loaded = loadPlugins(m_options.plugins, pluginDirectories(),
+                              [this](const QString &key) { return m_settings.isSet(key); });
     if (auto *failure = std::get_if<StartFailure>(&loaded))
         return std::move(*failure);
     m_plugins = std::get<PluginSet>(std::move(loaded));
