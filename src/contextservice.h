@@ -12,6 +12,7 @@
 class ChunkBehaviour;
 class ChunkServiceProxy;
 class FileService;
+class QJsonObject;
 
 /**
  * Keeps the contexts: JSON values under ids, in memory only. Every write ends in setContext(), which decides
@@ -66,15 +67,22 @@ public:
     [[nodiscard]] QJsonArray updateResourceArrays(const QJsonArray &first, const QJsonArray &second);
 
 Q_SIGNALS:
-    /// What is stored under `id` has changed to `value`. Never emitted for a removal.
+    /// What is stored under `id` has changed to `value`. Never emitted for a removal as such; `value` is null
+    /// if the bus removed the context from inside the change.
     void contextChanged(const QString &id, const QJsonValue &value);
 
 private:
+    friend struct ContextServiceProbe;
+
     [[nodiscard]] static QString getRandomString();
+    void deleteBehaviours();
+    /// Puts `value` under the id, tells in `update` what changed of its data, and returns what was there.
+    QJsonValue store(const QString &id, QJsonValue &&value, QJsonObject &update);
+    void publishChange(const QString &id, const QJsonObject &update);
 
     QMap<QString, QDateTime> m_lastUse;
     ChunkServiceProxy &m_chunkServiceProxy;
-    FileService &m_fileService;
+    [[maybe_unused]] FileService &m_fileService;
     QMap<QString, QJsonValue> m_contexts;
     std::vector<ChunkBehaviour *> m_behaviours;
 };

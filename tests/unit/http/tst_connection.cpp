@@ -1,3 +1,4 @@
+#include "bytesof.h"
 #include "connectiondriver.h"
 #include "logcapture.h"
 
@@ -7,13 +8,6 @@
 using namespace http::server;
 
 namespace {
-
-/// The bytes of a literal that may hold NUL.
-template <int size>
-QByteArray bytesOf(const char (&literal)[size])
-{
-    return {literal, size - 1};
-}
 
 using RequestPointer = QSharedPointer<Request>;
 using ResponsePointer = QSharedPointer<Response>;

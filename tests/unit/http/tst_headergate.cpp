@@ -1,3 +1,5 @@
+#include "bytesof.h"
+
 #include <http/server/headergate.h>
 
 #include <QtTest>
@@ -7,13 +9,6 @@ using http::server::Limits;
 using Verdict = HeaderGate::Verdict;
 
 namespace {
-
-/// The bytes of a literal that may hold NUL.
-template <int size>
-QByteArray bytesOf(const char (&literal)[size])
-{
-    return {literal, size - 1};
-}
 
 std::string_view view(const QByteArray &bytes)
 {

@@ -153,6 +153,8 @@ std::size_t Connection::consumeSection(std::string_view bytes)
     case HeaderGate::Verdict::Refused: refuse(m_gate.status(), m_gate.reason()); return 0;
     case HeaderGate::Verdict::Complete: break;
     }
+    if (m_phase == Phase::Head)
+        m_parser.headers.reserve(static_cast<int>(m_gate.length()));
     std::size_t consumed = 0;
     const auto step = m_parser.feed(bytes.substr(0, m_gate.length()), &consumed);
     // Whatever the parser makes of a section, it ends where the gate says or it is refused.

@@ -4,6 +4,26 @@
 
 namespace http::server {
 
+/// A section is fed whole, so that what comes in pieces lies side by side.
+static void extend(std::string_view &text, const char *at, std::size_t length)
+{
+    if (text.empty())
+        text = {at, length};
+    else
+        text = {text.data(), static_cast<std::size_t>(at + length - text.data())};
+}
+
+/// The parser drops the white space before a value, not the one behind it.
+static std::string_view withoutTrailingSpace(std::string_view text)
+{
+    return text.substr(0, text.find_last_not_of(" \t") + 1);
+}
+
+static QByteArray rawBytes(std::string_view text)
+{
+    return QByteArray::fromRawData(text.data(), static_cast<int>(text.size()));
+}
+
 struct RequestParser::Callbacks
 {
     static RequestParser &self(llhttp_t *parser) { return *static_cast<RequestParser *>(parser->data); }
@@ -16,13 +36,13 @@ struct RequestParser::Callbacks
 
     static int onFieldName(llhttp_t *parser, const char *at, std::size_t length)
     {
-        self(parser).m_name.append(at, static_cast<int>(length));
+        extend(self(parser).m_name, at, length);
         return 0;
     }
 
     static int onFieldValue(llhttp_t *parser, const char *at, std::size_t length)
     {
-        self(parser).m_value.append(at, static_cast<int>(length));
+        extend(self(parser).m_value, at, length);
         return 0;
     }
 
@@ -30,9 +50,9 @@ struct RequestParser::Callbacks
     {
         RequestParser &me = self(parser);
         if (!me.m_headComplete)
-            me.headers.append(me.m_name, me.m_value.trimmed());
-        me.m_name.resize(0);
-        me.m_value.resize(0);
+            me.headers.append(rawBytes(me.m_name), rawBytes(withoutTrailingSpace(me.m_value)));
+        me.m_name = {};
+        me.m_value = {};
         return 0;
     }
 

@@ -55,8 +55,8 @@ private:
     std::int64_t m_maxExtensionBytes;
     std::int64_t m_extensionBytes = 0;
     std::unique_ptr<llhttp__internal_s> m_parser;
-    QByteArray m_name;
-    QByteArray m_value;
+    std::string_view m_name; ///< both in the section that is being fed
+    std::string_view m_value;
     Step m_step = Step::NeedsMore;
     bool m_headComplete = false;
     bool m_keepsAlive = false;

@@ -1,0 +1,232 @@
+#include "contextservice.h"
+
+#include "chunkbehaviour.h"
+#include "chunkserviceproxy.h"
+#include "constants/context.h"
+#include "structure/chunk/contextcreated.h"
+#include "structure/chunk/contextremoved.h"
+
+#include <k7-plugin-api/chunkservice.h>
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLoggingCategory>
+#include <QVector>
+
+#include <utility>
+
+static const QLoggingCategory &contextServiceLogging()
+{
+    static const QLoggingCategory category("ch.tessel.vexo-service.context.contextservice");
+    return category;
+}
+
+template <typename Json>
+static QString jsonText(const Json &json)
+{
+    return QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact));
+}
+
+static void logSetting(const QString &id, const QJsonValue &value)
+{
+    if (value.isObject())
+        qCDebug(contextServiceLogging)
+            << "Setting context" << id << "to object" << jsonText(value.toObject());
+    else if (value.isArray())
+        qCDebug(contextServiceLogging) << "Setting context" << id << "to array" << jsonText(value.toArray());
+    else
+        qCDebug(contextServiceLogging) << "Setting context" << id << "to unknown" << value;
+}
+
+static bool isDerivedKey(const QString &key)
+{
+    return key == QLatin1String("matchingItems")
+           || key == constants::structure::context::actionRequestsKeyName()
+           || key == constants::structure::context::inboxKeyName() || key == QLatin1String("attachments");
+}
+
+// The keys of `next` that change the context's data. A removed key is deliberately no change, nor is a new
+// key whose value is null.
+static QJsonObject changedKeys(const QJsonObject &old, const QJsonObject &next)
+{
+    QJsonObject changed;
+    for (auto it = next.constBegin(); it != next.constEnd(); ++it) {
+        const QString key = it.key();
+        if (isDerivedKey(key))
+            continue;
+        const auto before = old.constFind(key);
+        const QJsonValue value = it.value();
+        if (before == old.constEnd() ? !value.isNull() : before.value() != value)
+            changed.insert(key, value);
+    }
+    return changed;
+}
+
+ContextService::ContextService(ChunkServiceProxy &chunkServiceProxy, FileService &fileService)
+    : m_chunkServiceProxy(chunkServiceProxy)
+    , m_fileService(fileService)
+{
+}
+
+ContextService::~ContextService()
+{
+    deleteBehaviours();
+}
+
+void ContextService::setBehaviours(std::vector<ChunkBehaviour *> &&behaviours)
+{
+    deleteBehaviours();
+    m_behaviours = std::move(behaviours);
+}
+
+void ContextService::deleteBehaviours()
+{
+    while (!m_behaviours.empty()) {
+        const ChunkBehaviour *last = m_behaviours.back();
+        m_behaviours.pop_back();
+        delete last;
+    }
+}
+
+// Seeding on every call is deliberate: within one second of the clock all calls give the same text.
+QString ContextService::getRandomString()
+{
+    static const char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    constexpr int alphabetLength = sizeof(alphabet) - 1;
+    constexpr int idLength = 16;
+    QString text(idLength, Qt::Uninitialized);
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    qsrand(QDateTime::currentDateTime().toTime_t());
+    for (QChar &character : text)
+        character = QLatin1Char(alphabet[qrand() % alphabetLength]);
+    QT_WARNING_POP
+    return text;
+}
+
+QString ContextService::createContext()
+{
+    QString id = getRandomString();
+    // The busy wait for the clock's next second is deliberate, and so is that only stored ids are avoided.
+    while (m_contexts.contains(id))
+        id = getRandomString();
+    if (ChunkService *chunkService = m_chunkServiceProxy.getChunkService())
+        chunkService->publishChunk(structure::chunk::ContextCreated::create(id));
+    m_lastUse[id] = QDateTime::currentDateTime();
+    return id;
+}
+
+void ContextService::deleteContext(const QString &id)
+{
+    m_contexts.remove(id);
+    m_lastUse.remove(id);
+    if (ChunkService *chunkService = m_chunkServiceProxy.getChunkService())
+        chunkService->publishChunk(structure::chunk::ContextRemoved::create(id));
+}
+
+QJsonValue ContextService::getContext(const QString &id)
+{
+    m_lastUse[id] = QDateTime::currentDateTime();
+    // Entering a null for an unknown id is deliberate: getContextKeys() lists it, createContext() avoids it.
+    return m_contexts[id];
+}
+
+QStringList ContextService::getContextKeys() const
+{
+    return m_contexts.keys();
+}
+
+void ContextService::setContext(const QString &id, QJsonValue value)
+{
+    logSetting(id, value);
+    if (value.isNull()) {
+        deleteContext(id);
+        return;
+    }
+    QJsonObject update;
+    const QJsonValue old = store(id, std::move(value), update);
+    m_lastUse[id] = QDateTime::currentDateTime();
+    publishChange(id, update);
+    // Read afresh: the bus may have called back and have changed or removed the context.
+    const QJsonValue current = m_contexts.value(id);
+    if (old != current)
+        Q_EMIT contextChanged(id, current);
+}
+
+QJsonValue ContextService::store(const QString &id, QJsonValue &&value, QJsonObject &update)
+{
+    QJsonValue &stored = m_contexts[id];
+    if (!stored.isObject()) {
+        update = value.toObject();
+        return std::exchange(stored, std::move(value));
+    }
+    // A value that is no object deliberately leaves an empty one.
+    QJsonObject next = value.toObject();
+    update = changedKeys(stored.toObject(), next);
+    if (!update.isEmpty()) {
+        qCDebug(contextServiceLogging) << update.keys() << "keys changed. Delete matching items.";
+        next.insert(QStringLiteral("matchingItems"), QJsonArray());
+    }
+    qCDebug(contextServiceLogging) << "Context changed. Current keys:" << next.keys();
+    return std::exchange(stored, std::move(next));
+}
+
+void ContextService::publishChange(const QString &id, const QJsonObject &update)
+{
+    ChunkService *chunkService = m_chunkServiceProxy.getChunkService();
+    if (chunkService == nullptr || update.isEmpty())
+        return;
+    const QJsonObject event{{QStringLiteral("event"), QStringLiteral("context-changed")},
+                            {QStringLiteral("id"), id},
+                            {QStringLiteral("data"), update},
+                            {QStringLiteral("context"), m_contexts.value(id)}};
+    const QJsonObject chunk{{QStringLiteral("source"), QStringLiteral("k7-plugin-context")},
+                            {QStringLiteral("version"), QStringLiteral("1.1.2")},
+                            {QStringLiteral("data"), event}};
+    qCDebug(contextServiceLogging) << "Notifying context" << id << "changed. Update:" << jsonText(update);
+    chunkService->publishChunk(chunk);
+}
+
+QJsonValue ContextService::updateContext(const QString &id, const QJsonValue &update)
+{
+    const QJsonValue current = getContext(id);
+    if (current.isNull()) {
+        setContext(id, update);
+        return update;
+    }
+    if (!current.isObject() || !update.isObject())
+        return QJsonValue::Null;
+    QJsonObject merged = current.toObject();
+    const QJsonObject changes = update.toObject();
+    for (auto it = changes.constBegin(); it != changes.constEnd(); ++it)
+        merged.insert(it.key(), it.value());
+    setContext(id, merged);
+    return merged;
+}
+
+void ContextService::pushChunk(const QJsonValue &chunk)
+{
+    for (ChunkBehaviour *behaviour : m_behaviours)
+        behaviour->onChunk(chunk);
+}
+
+QJsonArray ContextService::updateResourceArrays(const QJsonArray &first, const QJsonArray &second)
+{
+    if (first.isEmpty())
+        return second;
+    if (second.isEmpty())
+        return first;
+    const auto idOf = [](const QJsonValue &element) { return element[QLatin1String("id")].toString(); };
+    QVector<QString> secondIds;
+    secondIds.reserve(second.size());
+    for (const QJsonValue &element : second)
+        secondIds.append(idOf(element));
+    QJsonArray result;
+    for (const QJsonValue &element : first) {
+        const QString id = idOf(element);
+        // One element for each pair is deliberate, so that the size is the product of both sizes.
+        for (int i = 0; i < second.size(); ++i)
+            result.append(id == secondIds.at(i) ? second.at(i) : element);
+    }
+    return result;
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <k7-plugin-api/controllerstrategy.h>
+
+#include <QJsonObject>
+#include <QMap>
+#include <QString>
+
+class ChunkService;
+class ContextService;
+
+/**
+ * The plug-in's route table, and the memory that its long polls share.
+ *
+ * Matches the whole URL, its query included, so that a request with a query reaches none of the routes:
+ *
+ *     POST               /context              ContextCreateController
+ *     GET, PUT, DELETE   /context/{id}         ContextController, unless the Content-Type is set and is not
+ *                                              exactly "application/json"
+ *     GET, DELETE        /context/{id}/event   ContextEventController
+ *
+ * An id consists of ASCII letters and digits, and one trailing slash is allowed. Event-loop thread only.
+ */
+class ContextControllerStrategy final : public http::ControllerStrategy
+{
+public:
+    /// Keeps the reference; the service must outlive the strategy and its controllers.
+    explicit ContextControllerStrategy(ContextService &contextService);
+    ~ContextControllerStrategy() override;
+    Q_DISABLE_COPY_MOVE(ContextControllerStrategy)
+
+    [[nodiscard]] http::Controller *createController(QSharedPointer<http::server::Request> request) override;
+
+    /// The bus for controllers that publish; null until there is one. It is kept, and not owned, from then
+    /// on.
+    void setChunkService(ChunkService *chunkService);
+
+    /// For each id, the context as a long poll last delivered it, to whichever client. Entries are never
+    /// removed, not even with their context.
+    [[nodiscard]] QMap<QString, QJsonObject> &lastSentContexts();
+
+private:
+    [[nodiscard]] http::Controller *createForGetOrDelete(const http::server::Request &request,
+                                                         const QString &url);
+    [[nodiscard]] http::Controller *createForPost(const QString &url);
+
+    ContextService &m_contextService;
+    ChunkService *m_chunkService = nullptr;
+    QMap<QString, QJsonObject> m_lastSentContexts;
+};
