@@ -11,7 +11,9 @@ target_compile_definitions(k7-build-options INTERFACE
     QT_NO_FOREACH
     QT_STRICT_ITERATORS)
 target_compile_options(k7-build-options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wcast-align -Wconversion -Wold-style-cast -Woverloaded-virtual -Wvla)
+    -Wall -Wextra -Wpedantic -Wshadow -Wcast-align -Wconversion -Wold-style-cast -Woverloaded-virtual -Wvla
+    # Qt's logging macros take an empty list of arguments.
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>)
 
 # k7_target(NAME): house settings for one of our own C++ targets.
 function(k7_target target)

@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLoggingCategory>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <stdexcept>
@@ -43,9 +44,8 @@ public:
     void setResponse(QSharedPointer<http::server::Response> response) override { m_response = response; }
     void onNewRequest() override
     {
-        m_running = true;
+        const QScopedValueRollback<bool> running(m_running, true);
         answer();
-        m_running = false;
     }
 
     virtual void wake() { end("woken"); }
@@ -74,8 +74,10 @@ private:
 
 void Controller::answer()
 {
-    if (m_task.startsWith(QLatin1String("park")))
+    if (m_task.startsWith(QLatin1String("park"))) {
+        log(QStringLiteral("parks"));
         return m_shared.parked.push_back(this);
+    }
     if (m_task == QLatin1String("throw"))
         throw std::runtime_error("thrown on purpose");
     if (m_task == QLatin1String("throw-number"))
@@ -100,6 +102,7 @@ void Controller::nest()
 {
     QEventLoop loop;
     m_shared.nested = &loop;
+    log(QStringLiteral("nested loop begins"));
     loop.exec();
     m_shared.nested = nullptr;
     log(QStringLiteral("nested loop has ended"));

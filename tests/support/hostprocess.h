@@ -27,6 +27,8 @@ public:
         environment.insert(QStringLiteral("TS_SETTINGS_INI_FILE"), file.fileName());
         process.setProcessEnvironment(environment);
         process.setProgram(QStringLiteral(VEXO_SERVICE));
+        // What waitForReadyRead() waits for.
+        process.setReadChannel(QProcess::StandardError);
         process.setArguments(QStringList{QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0")}
                              + arguments);
     }

@@ -82,8 +82,6 @@ private:
 /// One that is a QObject and may end itself.
 class FakeObjectController final : public QObject, public FakeController
 {
-    Q_OBJECT
-
 public:
     using FakeController::FakeController;
 };

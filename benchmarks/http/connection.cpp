@@ -1,0 +1,108 @@
+#include "connection.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+namespace {
+
+constexpr int patienceMs = 10000;
+
+[[noreturn]] void failWithErrno(const char *what)
+{
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+template <typename Value>
+void setOption(int socket, int level, int name, const Value &value)
+{
+    if (setsockopt(socket, level, name, &value, sizeof value) != 0) {
+        failWithErrno("setsockopt");
+    }
+}
+
+} // namespace
+
+Connection::Connection(std::uint16_t port)
+    : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+{
+    if (m_socket < 0) {
+        failWithErrno("socket");
+    }
+    setOption(m_socket, IPPROTO_TCP, TCP_NODELAY, 1);
+    setOption(m_socket, SOL_SOCKET, SO_LINGER, linger{1, 0});
+
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (connect(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+        const int error = errno;
+        close(m_socket);
+        throw std::system_error(error, std::generic_category(), "connect");
+    }
+}
+
+Connection::~Connection()
+{
+    close(m_socket);
+}
+
+void Connection::send(std::string_view request)
+{
+    // The socket's buffer is empty whenever no request is on its way, and holds far more than one.
+    const ssize_t sent = ::send(m_socket, request.data(), request.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (sent < 0) {
+        failWithErrno("send");
+    }
+    if (static_cast<std::size_t>(sent) != request.size()) {
+        throw std::runtime_error("a request did not fit into the socket's buffer");
+    }
+}
+
+bool Connection::receive()
+{
+    std::array<char, 16384> buffer;
+    const ssize_t received = recv(m_socket, buffer.data(), buffer.size(), MSG_DONTWAIT);
+    if (received < 0) {
+        if (errno == EAGAIN || errno == EINTR) {
+            return false;
+        }
+        failWithErrno("recv");
+    }
+    if (received == 0) {
+        throw std::runtime_error("the server closed a connection");
+    }
+    if (!m_reader.feed({buffer.data(), static_cast<std::size_t>(received)})) {
+        return false;
+    }
+    if (m_reader.status() / 100 != 2) {
+        throw std::runtime_error("a request was answered with status " + std::to_string(m_reader.status()));
+    }
+    return true;
+}
+
+void Connection::awaitAnswer()
+{
+    do {
+        pollfd readable{m_socket, POLLIN, 0};
+        if (poll(&readable, 1, patienceMs) <= 0) {
+            throw std::runtime_error("a request was not answered in time");
+        }
+    } while (!receive());
+}
+
+void Connection::exchange(std::string_view request)
+{
+    send(request);
+    awaitAnswer();
+}

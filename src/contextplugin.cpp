@@ -1,0 +1,61 @@
+#include "contextplugin.h"
+
+#include "chunklistener.h"
+#include "chunkserviceproxy.h"
+#include "contextservice.h"
+#include "controller/contextcontrollerstrategy.h"
+#include "fileservice.h"
+
+#include <k7-plugin-api/chunkservice.h>
+
+#include <QLoggingCategory>
+
+const QLoggingCategory &contextPluginLogging()
+{
+    static const QLoggingCategory category("ch.tessel.vexo-service.context");
+    return category;
+}
+
+ContextPlugin::ContextPlugin() = default;
+
+ContextPlugin::~ContextPlugin()
+{
+    // reset() empties the pointer before it destroys the object; a member's own destructor does not.
+    m_fileService.reset();
+    m_chunkServiceProxy.reset();
+    m_chunkListener.reset();
+    m_contextService.reset();
+    m_contextControllerStrategy.reset();
+}
+
+void ContextPlugin::initialize()
+{
+    m_chunkServiceProxy = std::make_unique<ChunkServiceProxy>();
+    m_fileService = std::make_unique<FileService>();
+    m_contextService = std::make_unique<ContextService>(*m_chunkServiceProxy, *m_fileService);
+    m_contextControllerStrategy = std::make_unique<ContextControllerStrategy>(*m_contextService);
+    m_strategies.push_back(m_contextControllerStrategy.get());
+    m_chunkListener = std::make_unique<ChunkListener>(*m_contextService);
+}
+
+std::vector<http::ControllerStrategy *> ContextPlugin::getControllers()
+{
+    return m_strategies;
+}
+
+void ContextPlugin::attachChunkService(ChunkService &service)
+{
+    m_chunkServiceProxy->setChunkService(&service);
+    m_contextControllerStrategy->setChunkService(&service);
+    service.attachChunkListener(m_chunkListener.get());
+}
+
+void ContextPlugin::detachChunkService(ChunkService & /*service*/)
+{
+    m_chunkServiceProxy->setChunkService(nullptr);
+}
+
+QTranslator *ContextPlugin::pluginTranslator(const QString & /*locale*/)
+{
+    return nullptr;
+}

@@ -1,0 +1,266 @@
+#include "contextplugin.h"
+
+#include "chunklistener.h"
+#include "chunkserviceproxy.h"
+#include "contextservice.h"
+#include "controller/contextcontrollerstrategy.h"
+#include "fileservice.h"
+#include "recordingchunkservice.h"
+
+#include <QJsonObject>
+#include <QLoggingCategory>
+#include <QtTest>
+
+#include <array>
+#include <cstdlib>
+#include <new>
+
+struct ContextPluginProbe
+{
+    /// One letter for each owning field that is set, in field order.
+    static QString fieldsSet(const ContextPlugin &plugin)
+    {
+        QString text;
+        text += QLatin1String(plugin.m_contextControllerStrategy ? "R" : "-");
+        text += QLatin1String(plugin.m_contextService ? "C" : "-");
+        text += QLatin1String(plugin.m_chunkListener ? "L" : "-");
+        text += QLatin1String(plugin.m_chunkServiceProxy ? "P" : "-");
+        text += QLatin1String(plugin.m_fileService ? "F" : "-");
+        return text;
+    }
+    static ChunkServiceProxy *proxy(const ContextPlugin &plugin) { return plugin.m_chunkServiceProxy.get(); }
+    static FileService *files(const ContextPlugin &plugin) { return plugin.m_fileService.get(); }
+    static ContextService *contexts(const ContextPlugin &plugin) { return plugin.m_contextService.get(); }
+    static ChunkListener *listener(const ContextPlugin &plugin) { return plugin.m_chunkListener.get(); }
+};
+
+namespace {
+
+struct Recorder
+{
+    QStringList journal;
+    ContextPlugin *plugin = nullptr;
+    ChunkServiceProxy *proxy = nullptr;
+    FileService *files = nullptr;
+    ContextService *contexts = nullptr;
+    ChunkService *strategyBus = nullptr;
+
+    void note(const char *event)
+    {
+        journal.append(QLatin1String(event) + QLatin1Char(' ')
+                       + (plugin != nullptr ? ContextPluginProbe::fieldsSet(*plugin) : QString()));
+    }
+};
+
+Recorder *recorder = nullptr;
+
+// The proxy and the listener have no destructor to look into: their memory tells when they go.
+struct Watched
+{
+    const void *address;
+    const char *event;
+};
+std::array<Watched, 2> watched{};
+
+void noteFreed(const void *address)
+{
+    for (Watched &item : watched) {
+        if (address != nullptr && item.address == address) {
+            item.address = nullptr;
+            recorder->note(item.event);
+        }
+    }
+}
+
+} // namespace
+
+void *operator new(std::size_t size)
+{
+    if (void *memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void *memory) noexcept
+{
+    noteFreed(memory);
+    std::free(memory);
+}
+void operator delete(void *memory, std::size_t /*size*/) noexcept
+{
+    noteFreed(memory);
+    std::free(memory);
+}
+
+FileService::FileService()
+{
+    recorder->note("+files");
+}
+FileService::~FileService()
+{
+    recorder->note("-files");
+}
+
+ContextService::ContextService(ChunkServiceProxy &proxy, FileService &files)
+    : m_chunkServiceProxy(proxy)
+    , m_fileService(files)
+{
+    recorder->note("+contexts");
+    recorder->proxy = &proxy;
+    recorder->files = &files;
+}
+ContextService::~ContextService()
+{
+    recorder->note("-contexts");
+}
+void ContextService::pushChunk(const QJsonValue &chunk)
+{
+    recorder->contexts = this;
+    recorder->note(chunk[QLatin1String("x")].toInt() == 7 ? "pushChunk x" : "pushChunk");
+}
+
+ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
+    : m_contextService(contextService)
+{
+    recorder->note("+routes");
+    recorder->contexts = &contextService;
+}
+ContextControllerStrategy::~ContextControllerStrategy()
+{
+    recorder->note("-routes");
+    recorder->note(recorder->plugin->getControllers().empty() ? "list empty" : "list filled");
+}
+http::Controller *
+ContextControllerStrategy::createController(QSharedPointer<http::server::Request> /*request*/)
+{
+    return nullptr;
+}
+void ContextControllerStrategy::setChunkService(ChunkService *chunkService)
+{
+    recorder->note(ContextPluginProbe::proxy(*recorder->plugin)->getChunkService() == chunkService
+                       ? "routes get the bus after the proxy"
+                       : "routes get the bus first");
+    recorder->strategyBus = chunkService;
+}
+
+class ContextPluginWiringTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_recorder = Recorder();
+        recorder = &m_recorder;
+        m_plugin = std::make_unique<ContextPlugin>();
+        m_recorder.plugin = m_plugin.get();
+    }
+    void cleanup() { m_plugin.reset(); }
+
+    void constructionLeavesAllEmpty()
+    {
+        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("-----"));
+        QVERIFY(m_plugin->getControllers().empty());
+        QVERIFY(m_plugin->parent() == nullptr);
+        m_plugin.reset();
+        QCOMPARE(m_recorder.journal, QStringList());
+    }
+
+    void initializeBuildsInOrder()
+    {
+        m_plugin->initialize();
+        QCOMPARE(m_recorder.journal,
+                 QStringList({QStringLiteral("+files ---P-"), QStringLiteral("+contexts ---PF"),
+                              QStringLiteral("+routes -C-PF")}));
+        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("RCLPF"));
+        QCOMPARE(m_recorder.proxy, ContextPluginProbe::proxy(*m_plugin));
+        QCOMPARE(m_recorder.files, ContextPluginProbe::files(*m_plugin));
+        QCOMPARE(m_recorder.contexts, ContextPluginProbe::contexts(*m_plugin));
+        QVERIFY(m_recorder.proxy->getChunkService() == nullptr);
+        QCOMPARE(m_plugin->getControllers().size(), std::size_t(1));
+    }
+
+    void listOfStrategiesIsACopy()
+    {
+        m_plugin->initialize();
+        m_plugin->getControllers().clear();
+        QCOMPARE(m_plugin->getControllers().size(), std::size_t(1));
+    }
+
+    void attachGivesProxyThenRoutesThenListener()
+    {
+        m_plugin->initialize();
+        m_recorder.journal.clear();
+        AttachingBus bus;
+        m_plugin->attachChunkService(bus);
+        QCOMPARE(m_recorder.journal, QStringList({QStringLiteral("routes get the bus after the proxy RCLPF"),
+                                                  QStringLiteral("listener attached RCLPF")}));
+        QCOMPARE(m_recorder.proxy->getChunkService(), &bus);
+        QCOMPARE(m_recorder.strategyBus, &bus);
+        QCOMPARE(bus.listener, ContextPluginProbe::listener(*m_plugin));
+    }
+
+    void detachEmptiesTheProxyAlone()
+    {
+        m_plugin->initialize();
+        AttachingBus bus;
+        m_plugin->attachChunkService(bus);
+        m_recorder.journal.clear();
+        RecordingChunkService another;
+        m_plugin->detachChunkService(another);
+        QCOMPARE(m_recorder.journal, QStringList());
+        QVERIFY(m_recorder.proxy->getChunkService() == nullptr);
+        QCOMPARE(m_recorder.strategyBus, &bus);
+
+        bus.listener->onChunkUpdated(QJsonObject{{QStringLiteral("x"), 7}});
+        QCOMPARE(m_recorder.journal, QStringList(QStringLiteral("pushChunk x RCLPF")));
+        QCOMPARE(m_recorder.contexts, ContextPluginProbe::contexts(*m_plugin));
+    }
+
+    void destructionEmptiesFieldsInReverse()
+    {
+        m_plugin->initialize();
+        AttachingBus bus;
+        m_plugin->attachChunkService(bus);
+        m_recorder.journal.clear();
+        watched = {{{ContextPluginProbe::proxy(*m_plugin), "-proxy"},
+                    {ContextPluginProbe::listener(*m_plugin), "-listener"}}};
+        m_plugin.reset();
+        QCOMPARE(m_recorder.journal,
+                 QStringList({QStringLiteral("-files RCLP-"), QStringLiteral("-proxy RCL--"),
+                              QStringLiteral("-listener RC---"), QStringLiteral("-contexts R----"),
+                              QStringLiteral("-routes -----"), QStringLiteral("list filled -----")}));
+    }
+
+    void initializeAgainDropsTheEarlierObjects()
+    {
+        m_plugin->initialize();
+        m_recorder.journal.clear();
+        m_plugin->initialize();
+        for (const char *event : {"-files", "-contexts", "-routes"})
+            QCOMPARE(m_recorder.journal.filter(QLatin1String(event)).size(), 1);
+    }
+
+    void categoryIsNamed()
+    {
+        QCOMPARE(contextPluginLogging().categoryName(), "ch.tessel.vexo-service.context");
+    }
+
+private:
+    class AttachingBus final : public ChunkService
+    {
+    public:
+        void publishChunk(const QJsonValue & /*chunk*/) override { recorder->note("published"); }
+        void attachChunkListener(ChunkUpdateListener *attached) override
+        {
+            recorder->note("listener attached");
+            listener = dynamic_cast<ChunkListener *>(attached);
+        }
+        ChunkListener *listener = nullptr;
+    };
+
+    Recorder m_recorder;
+    std::unique_ptr<ContextPlugin> m_plugin;
+};
+
+QTEST_GUILESS_MAIN(ContextPluginWiringTest)
+#include "tst_contextpluginwiring.moc"
