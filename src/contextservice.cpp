@@ -29,13 +29,14 @@ static QString jsonText(const Json &json)
 
 static void logSetting(const QString &id, const QJsonValue &value)
 {
-    if (value.isObject())
+    if (value.isObject()) {
         qCDebug(contextServiceLogging)
             << "Setting context" << id << "to object" << jsonText(value.toObject());
-    else if (value.isArray())
+    } else if (value.isArray()) {
         qCDebug(contextServiceLogging) << "Setting context" << id << "to array" << jsonText(value.toArray());
-    else
+    } else {
         qCDebug(contextServiceLogging) << "Setting context" << id << "to unknown" << value;
+    }
 }
 
 static bool isDerivedKey(const QString &key)
