@@ -24,11 +24,11 @@ void BuswirePlugin::initialize()
         return;
     }
     const QString failure = m_server->listen(path);
-    if (failure.isEmpty())
+    if (failure.isEmpty()) {
         qCInfo(buswirePluginLogging).noquote() << "Listening at" << path;
-    else
-        qCWarning(buswirePluginLogging).noquote()
-            << QStringLiteral("Cannot listen at %1: %2").arg(path, failure);
+        return;
+    }
+    qCWarning(buswirePluginLogging).noquote() << QStringLiteral("Cannot listen at %1: %2").arg(path, failure);
 }
 
 void BuswirePlugin::attachChunkService(ChunkService &service)

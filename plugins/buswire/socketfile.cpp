@@ -76,7 +76,7 @@ QString SocketFile::open(const QString &path)
         return QStringLiteral("the path is longer than %1 bytes").arg(sizeof address.sun_path - 1);
     std::memcpy(address.sun_path, name.constData(), static_cast<std::size_t>(name.size()));
 
-    const QString occupied = clear(address);
+    QString occupied = clear(address);
     if (!occupied.isEmpty())
         return occupied;
     Descriptor socket;
@@ -88,7 +88,7 @@ QString SocketFile::open(const QString &path)
         || bind(socket.get(), generic(address), sizeof address) != 0)
         return failure();
     if (listen(socket.get(), SOMAXCONN) != 0 || lstat(address.sun_path, &file) != 0) {
-        const QString why = failure();
+        QString why = failure();
         unlink(address.sun_path);
         return why;
     }

@@ -15,7 +15,7 @@ QString socketPath()
                                       QCoreApplication::applicationName(),
                                       Scope::ApplicationDirectory | Scope::SystemConfiguration
                                           | Scope::SystemSettings | Scope::UserSettings);
-    const QString set = settings.value(QStringLiteral("ch.tessel.vexo-service.buswire/socket")).toString();
+    QString set = settings.value(QStringLiteral("ch.tessel.vexo-service.buswire/socket")).toString();
     const QByteArray runtimeDirectory = qgetenv("XDG_RUNTIME_DIR");
     if (!set.isEmpty() || runtimeDirectory.isEmpty())
         return set;

@@ -26,17 +26,17 @@ class SocketFileTest : public QObject
         return lstat(QFile::encodeName(file).constData(), &status) == 0 ? status.st_mode : 0;
     }
 
-    // What a process that was killed leaves.
-    void leaveStaleSocket() const
+    // Somebody else's listening socket.
+    [[nodiscard]] int listenElsewhere(int backlog) const
     {
-        const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         std::strncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path - 1);
-        QCOMPARE(bind(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
-        QCOMPARE(listen(socket, 1), 0);
-        close(socket);
-        QVERIFY(!UnixClient(path).isConnected());
+        if (bind(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0
+            || listen(socket, backlog) != 0)
+            qFatal("No socket.");
+        return socket;
     }
 
 private Q_SLOTS:
@@ -93,7 +93,9 @@ private Q_SLOTS:
 
     void replacesWhatADeadProcessLeft()
     {
-        leaveStaleSocket();
+        close(listenElsewhere(1));
+        QVERIFY(QFile::exists(path));
+        QVERIFY(!UnixClient(path).isConnected());
         SocketFile file;
         QCOMPARE(file.open(path), QString());
         QVERIFY(UnixClient(path).isConnected());
@@ -109,6 +111,19 @@ private Q_SLOTS:
             QCOMPARE(second.descriptor(), -1);
         }
         QVERIFY(UnixClient(path).isConnected());
+    }
+
+    void leavesALivingOneThatIsBusyAlone()
+    {
+        const int other = listenElsewhere(0);
+        const UnixClient queued(path); // which fills the queue
+        QVERIFY(queued.isConnected());
+        SocketFile file;
+        const QString failure = file.open(path);
+        const bool isThere = QFile::exists(path);
+        close(other);
+        QCOMPARE(failure, QStringLiteral("another process serves it"));
+        QVERIFY(isThere);
     }
 
     void leavesAForeignFileAlone()
