@@ -72,6 +72,7 @@ void Bus::deliverTurn()
 void Bus::deliver(const Published &published)
 {
     // By index: a listener may bring a new endpoint.
+    // NOLINTNEXTLINE(modernize-loop-convert)
     for (std::size_t i = 0; i < m_endpoints.size(); ++i) {
         if (m_endpoints[i].get() != published.publisher)
             m_endpoints[i]->deliver(published.chunk);

@@ -44,6 +44,7 @@ void BusEndpoint::cut()
 void BusEndpoint::deliver(const QJsonValue &chunk)
 {
     // By index: a listener may attach another one or have the endpoint cut.
+    // NOLINTNEXTLINE(modernize-loop-convert)
     for (std::size_t i = 0; i < m_listeners.size(); ++i) {
         if (const auto thrown = thrownBy([&] { m_listeners[i]->onChunkUpdated(chunk); }))
             qCWarning(busEndpointLogging) << "A listener of" << m_name << "has thrown:" << *thrown;

@@ -25,9 +25,10 @@ static const QLoggingCategory &dispatcherLogging()
 
 static void complete(Response &response, const Answer &answer)
 {
-    for (int i = 0; i < answer.headers.size(); ++i)
+    for (int i = 0; i < answer.headers.size(); ++i) {
         response.setHeader(QString::fromUtf8(answer.headers.nameAt(i)),
                            QString::fromUtf8(answer.headers.valueAt(i)));
+    }
     response.writeHead(answer.status);
     response.end(answer.body);
 }

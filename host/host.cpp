@@ -85,9 +85,10 @@ std::optional<StartFailure> Host::startPlugin(const LoadedPlugin &plugin)
         m_attached.emplace_back(plugin.plugin, &endpoint);
         plugin.plugin->attachChunkService(endpoint);
     });
-    if (thrown)
+    if (thrown) {
         return StartFailure{
             QStringLiteral("plug-in %1: has thrown at its start: %2").arg(plugin.file, *thrown)};
+    }
     return {};
 }
 

@@ -74,10 +74,10 @@ std::variant<HostOptions, StartFailure> Parser::parse(const QStringList &argumen
         return StartFailure{why + QStringLiteral(" See --help."), 2};
 
     HostOptions options;
+    if (m_parser.isSet(m_version))
+        options.task = HostOptions::Task::ShowVersion;
     if (m_parser.isSet(m_help))
         options.task = HostOptions::Task::ShowHelp;
-    else if (m_parser.isSet(m_version))
-        options.task = HostOptions::Task::ShowVersion;
     options.listen = ListenAddress::parse(m_parser.value(m_listen));
     options.plugins = m_parser.values(m_plugin);
     options.pluginDirectories = m_parser.values(m_pluginDirectory);
@@ -99,9 +99,9 @@ QString HostOptions::helpText()
                  "\n"
                  "Settings, in the group [ch.tessel.vexo-service], with their defaults:\n"
                  "%1\n"
-                 "They are read from the system's and then the user's .ini file of the organization tessel "
-                 "and\n"
-                 "the application vexo-service, then from the .ini file that TS_SETTINGS_INI_FILE names; "
+                 "They are read from vexo-service.ini beside the program, in the system's directory of the\n"
+                 "organization tessel, in the configuration directory of the application, in the user's\n"
+                 "directory of the organization, and from the .ini file that TS_SETTINGS_INI_FILE names; "
                  "the\n"
                  "later wins, and an option wins over its setting. Seconds may have a fraction.\n"
                  "\n"

@@ -144,9 +144,10 @@ std::variant<HostSettings, StartFailure> HostSettings::read(const Lookup &lookup
     const QVariant listen = lookup(fullKey(listenKey));
     if (listen.isValid()) {
         settings.listen = ListenAddress::parse(shown(listen));
-        if (!settings.listen)
+        if (!settings.listen) {
             return senseless(listenKey, listen,
                              QStringLiteral("must be ADDRESS:PORT, such as 127.0.0.1:8750"));
+        }
     }
 
     const QVariant directories = lookup(fullKey(directoryKey));
@@ -171,9 +172,10 @@ QString HostSettings::describe()
     add(directoryKey, {}, "see --plugin-dir");
     for (const BytesSetting &setting : bytesSettings)
         add(setting.key, QString::number(limits.*setting.limit), setting.meaning);
-    for (const PeriodSetting &setting : periodSettings)
-        add(setting.key, QString::number(static_cast<double>((limits.*setting.limit).count()) / 1000),
-            setting.meaning);
+    for (const PeriodSetting &setting : periodSettings) {
+        const auto seconds = static_cast<double>((limits.*setting.limit).count()) / 1000;
+        add(setting.key, QString::number(seconds), setting.meaning);
+    }
     add(connectionsKey, QString::number(limits.maxConnections), "connections open at once; beyond it 503");
     return text;
 }

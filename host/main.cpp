@@ -1,5 +1,5 @@
 #include "host.h"
-#include "layeredsettings.h"
+#include "system/settings.h"
 #include "unixsignals.h"
 
 #include <QCoreApplication>
@@ -16,15 +16,15 @@ static int fail(StartFailure failure)
 
 static int serve(const HostOptions &options)
 {
-    const auto values =
-        readLayeredSettings(QCoreApplication::organizationName(), QCoreApplication::applicationName());
+    tessel::system::Settings values(QCoreApplication::organizationName(), QCoreApplication::applicationName(),
+                                    tessel::system::Scope::Values(0xf));
     auto settings = HostSettings::read([&values](const QString &key) { return values.value(key); });
     if (auto *failure = std::get_if<StartFailure>(&settings))
         return fail(std::move(*failure));
 
     const UnixSignals signalsOfTheSystem;
     QObject::connect(&signalsOfTheSystem, &UnixSignals::stopRequested, qApp, &QCoreApplication::quit);
-    Host host(options, std::get<HostSettings>(settings));
+    Host host(options, *std::get_if<HostSettings>(&settings));
     if (auto failure = host.start())
         return fail(std::move(*failure));
     const int status = QCoreApplication::exec();
@@ -41,14 +41,14 @@ int main(int argc, char *argv[])
     qSetMessagePattern(QStringLiteral("%{time yyyy-MM-dd hh:mm:ss.zzz} %{type} %{category}: %{message}"));
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false"));
 
-    const auto options = HostOptions::parse(QCoreApplication::arguments());
-    if (const auto *failure = std::get_if<StartFailure>(&options))
-        return fail(*failure);
-    const HostOptions &given = std::get<HostOptions>(options);
-    if (given.task == HostOptions::Task::Serve)
-        return serve(given);
+    auto options = HostOptions::parse(QCoreApplication::arguments());
+    if (auto *failure = std::get_if<StartFailure>(&options))
+        return fail(std::move(*failure));
+    const auto *given = std::get_if<HostOptions>(&options);
+    if (given->task == HostOptions::Task::Serve)
+        return serve(*given);
     const QString text =
-        given.task == HostOptions::Task::ShowHelp
+        given->task == HostOptions::Task::ShowHelp
             ? HostOptions::helpText()
             : QStringLiteral("vexo-service %1\n").arg(QCoreApplication::applicationVersion());
     std::fputs(qUtf8Printable(text), stdout);

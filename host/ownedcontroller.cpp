@@ -14,7 +14,6 @@ static const QLoggingCategory &controllerLogging()
 
 OwnedController::OwnedController(http::Controller *controller)
     : m_controller(controller)
-    , m_isObject(false)
     , m_object(dynamic_cast<QObject *>(controller))
 {
     m_isObject = !m_object.isNull();

@@ -25,6 +25,6 @@ public:
 
 private:
     http::Controller *m_controller;
-    bool m_isObject;
+    bool m_isObject = false;
     QPointer<QObject> m_object;
 };

@@ -54,9 +54,10 @@ static std::optional<StartFailure> addLibraries(const QString &directory, const 
                                                 QFileInfoList &files)
 {
     const QDir dir(directory);
-    if (!dir.exists())
+    if (!dir.exists()) {
         return StartFailure{
             QStringLiteral("plug-in directory %1: no such directory").arg(dir.absolutePath())};
+    }
     const QFileInfoList entries = dir.entryInfoList(QDir::Files, QDir::Name);
     std::copy_if(entries.cbegin(), entries.cend(), std::back_inserter(files),
                  [&isSet](const QFileInfo &file) {
@@ -75,9 +76,10 @@ std::variant<PluginSet, StartFailure> loadPlugins(const QStringList &files, cons
         if (auto failure = addLibraries(directory, isSet, found))
             return std::move(*failure);
     }
-    if (found.isEmpty())
+    if (found.isEmpty()) {
         return StartFailure{
             QStringLiteral("no plug-in to load in %1").arg(directories.join(QStringLiteral(", ")))};
+    }
 
     PluginSet plugins;
     QStringList loaded;

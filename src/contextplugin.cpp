@@ -5,10 +5,14 @@
 #include "contextservice.h"
 #include "controller/contextcontrollerstrategy.h"
 #include "fileservice.h"
+#include "system/settings.h"
 
 #include <k7-plugin-api/chunkservice.h>
 
+#include <QCoreApplication>
+#include <QJsonObject>
 #include <QLoggingCategory>
+#include <QTimer>
 
 const QLoggingCategory &contextPluginLogging()
 {
@@ -36,6 +40,29 @@ void ContextPlugin::initialize()
     m_contextControllerStrategy = std::make_unique<ContextControllerStrategy>(*m_contextService);
     m_strategies.push_back(m_contextControllerStrategy.get());
     m_chunkListener = std::make_unique<ChunkListener>(*m_contextService);
+    armDefaultValue();
+}
+
+void ContextPlugin::armDefaultValue()
+{
+    using tessel::system::Scope;
+    tessel::system::Settings settings(QCoreApplication::organizationName(),
+                                      QCoreApplication::applicationName(), Scope::Values(0xf));
+    if (!settings.value(QStringLiteral("ch.tessel.vexo-service.context/defaultValues")).toBool())
+        return;
+    // A child, so that nothing of it is left when the plug-in goes and its library is unloaded.
+    auto *timer = new QTimer(this);
+    timer->setSingleShot(true);
+    connect(timer, &QTimer::timeout, this, &ContextPlugin::loadDefaultValue);
+    connect(timer, &QTimer::timeout, timer, &QTimer::deleteLater);
+    timer->start(5000);
+}
+
+void ContextPlugin::loadDefaultValue()
+{
+    const QString key;
+    qCInfo(contextPluginLogging) << "Loading default value" << key;
+    m_contextService->setContext(key, QJsonObject());
 }
 
 std::vector<http::ControllerStrategy *> ContextPlugin::getControllers()

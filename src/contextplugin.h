@@ -32,6 +32,8 @@ public:
     ~ContextPlugin() override;
     Q_DISABLE_COPY_MOVE(ContextPlugin)
 
+    /// Builds all objects; called once. If the setting "ch.tessel.vexo-service.context/defaultValues" is true
+    /// now, an empty context is stored under the empty id five seconds later.
     void initialize() override;
     [[nodiscard]] std::vector<http::ControllerStrategy *> getControllers() override;
 
@@ -47,6 +49,9 @@ public:
 
 private:
     friend struct ContextPluginProbe;
+
+    void armDefaultValue();
+    void loadDefaultValue();
 
     std::vector<http::ControllerStrategy *> m_strategies;
     std::unique_ptr<ContextControllerStrategy> m_contextControllerStrategy;

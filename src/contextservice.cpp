@@ -3,6 +3,7 @@
 #include "chunkbehaviour.h"
 #include "chunkserviceproxy.h"
 #include "constants/context.h"
+#include "contextcollector.h"
 #include "structure/chunk/contextcreated.h"
 #include "structure/chunk/contextremoved.h"
 
@@ -11,6 +12,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLoggingCategory>
+#include <QTimer>
 #include <QVector>
 
 #include <utility>
@@ -63,14 +65,35 @@ static QJsonObject changedKeys(const QJsonObject &old, const QJsonObject &next)
     return changed;
 }
 
+// Built anew: Qt's object keeps the bytes of a value that is replaced in it, so that a context merged in
+// place would grow with every update.
+static QJsonObject merged(const QJsonObject &current, const QJsonObject &update)
+{
+    QJsonObject result;
+    for (auto it = current.constBegin(); it != current.constEnd(); ++it) {
+        const auto changed = update.constFind(it.key());
+        result.insert(it.key(), changed == update.constEnd() ? it.value() : changed.value());
+    }
+    for (auto it = update.constBegin(); it != update.constEnd(); ++it) {
+        if (!current.contains(it.key()))
+            result.insert(it.key(), it.value());
+    }
+    return result;
+}
+
 ContextService::ContextService(ChunkServiceProxy &chunkServiceProxy, FileService &fileService)
     : m_chunkServiceProxy(chunkServiceProxy)
     , m_fileService(fileService)
 {
+    m_gcTimer = contextcollector::start(*this, m_lastUse);
 }
 
 ContextService::~ContextService()
 {
+    if (m_gcTimer != nullptr) {
+        m_gcTimer->stop();
+        m_gcTimer->deleteLater();
+    }
     deleteBehaviours();
 }
 
@@ -197,12 +220,9 @@ QJsonValue ContextService::updateContext(const QString &id, const QJsonValue &up
     }
     if (!current.isObject() || !update.isObject())
         return QJsonValue::Null;
-    QJsonObject merged = current.toObject();
-    const QJsonObject changes = update.toObject();
-    for (auto it = changes.constBegin(); it != changes.constEnd(); ++it)
-        merged.insert(it.key(), it.value());
-    setContext(id, merged);
-    return merged;
+    const QJsonObject result = merged(current.toObject(), update.toObject());
+    setContext(id, result);
+    return result;
 }
 
 void ContextService::pushChunk(const QJsonValue &chunk)

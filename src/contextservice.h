@@ -13,6 +13,7 @@ class ChunkBehaviour;
 class ChunkServiceProxy;
 class FileService;
 class QJsonObject;
+class QTimer;
 
 /**
  * Keeps the contexts: JSON values under ids, in memory only. Every write ends in setContext(), which decides
@@ -26,7 +27,9 @@ class ContextService final : public QObject
     Q_OBJECT
 
 public:
-    /// Keeps both references. They may be gone before the service is destroyed.
+    /// Keeps both references. They may be gone before the service is destroyed. If the setting
+    /// "ch.tessel.vexo-service.context/ttl" is an integer, it is read once, here, and contexts that are not
+    /// used for so many minutes, at least one, are deleted.
     ContextService(ChunkServiceProxy &chunkServiceProxy, FileService &fileService);
     ~ContextService() override;
     Q_DISABLE_COPY_MOVE(ContextService)
@@ -80,6 +83,7 @@ private:
     QJsonValue store(const QString &id, QJsonValue &&value, QJsonObject &update);
     void publishChange(const QString &id, const QJsonObject &update);
 
+    QTimer *m_gcTimer = nullptr;
     QMap<QString, QDateTime> m_lastUse;
     ChunkServiceProxy &m_chunkServiceProxy;
     [[maybe_unused]] FileService &m_fileService;

@@ -6,6 +6,7 @@
 
 #include <http/server/request.h>
 
+#include <QJsonDocument>
 #include <QRegularExpression>
 #include <QUrl>
 
@@ -72,6 +73,15 @@ void ContextControllerStrategy::setChunkService(ChunkService *chunkService)
 QMap<QString, QJsonObject> &ContextControllerStrategy::lastSentContexts()
 {
     return m_lastSentContexts;
+}
+
+QByteArray ContextControllerStrategy::indentedJson(const QJsonObject &context)
+{
+    if (m_lastText.isNull() || m_lastObject != context) {
+        m_lastText = QJsonDocument(context).toJson();
+        m_lastObject = context;
+    }
+    return m_lastText;
 }
 
 http::Controller *ContextControllerStrategy::createForGetOrDelete(const Request &request, const QString &url)

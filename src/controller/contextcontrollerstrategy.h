@@ -2,6 +2,7 @@
 
 #include <k7-plugin-api/controllerstrategy.h>
 
+#include <QByteArray>
 #include <QJsonObject>
 #include <QMap>
 #include <QString>
@@ -24,7 +25,8 @@ class ContextService;
 class ContextControllerStrategy final : public http::ControllerStrategy
 {
 public:
-    /// Keeps the reference; the service must outlive the strategy and its controllers.
+    /// Keeps the reference; it is used while requests are served, and may be gone when the strategy is
+    /// destroyed.
     explicit ContextControllerStrategy(ContextService &contextService);
     ~ContextControllerStrategy() override;
     Q_DISABLE_COPY_MOVE(ContextControllerStrategy)
@@ -39,6 +41,9 @@ public:
     /// removed, not even with their context.
     [[nodiscard]] QMap<QString, QJsonObject> &lastSentContexts();
 
+    /// `context` as indented JSON. The last text is kept, so that all polls which one change wakes share it.
+    [[nodiscard]] QByteArray indentedJson(const QJsonObject &context);
+
 private:
     [[nodiscard]] http::Controller *createForGetOrDelete(const http::server::Request &request,
                                                          const QString &url);
@@ -47,4 +52,6 @@ private:
     ContextService &m_contextService;
     ChunkService *m_chunkService = nullptr;
     QMap<QString, QJsonObject> m_lastSentContexts;
+    QJsonObject m_lastObject;
+    QByteArray m_lastText;
 };

@@ -5,7 +5,6 @@
 
 #include <http/server/response.h>
 
-#include <QJsonDocument>
 #include <QLoggingCategory>
 
 #include <stdexcept>
@@ -87,7 +86,7 @@ void ContextEventController::onContextChanged(const QString &id, const QJsonValu
     forbidCaching();
     m_response->setHeader(QStringLiteral("Content-Type"), QStringLiteral("application/json"));
     m_response->writeHead(200);
-    m_response->end(QJsonDocument(context).toJson());
+    m_response->end(m_strategy.indentedJson(context));
     m_strategy.lastSentContexts()[m_contextId] = context;
     deleteLater();
 }

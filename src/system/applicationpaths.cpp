@@ -104,17 +104,18 @@ QString ApplicationPaths::getExternalExecutable(const QString &name)
     QStringList candidates{directory.path()};
     directory.cd(QStringLiteral("bin"));
     candidates << directory.path();
-    const QString embedded = QStandardPaths::findExecutable(name, candidates);
+    QString embedded = QStandardPaths::findExecutable(name, candidates);
     if (!embedded.isEmpty())
         return embedded;
     qCDebug(tsystemApplicationPathsLogging) << "Could not find embedded" << name << " in " << candidates;
 
-    const QString installed = QStandardPaths::findExecutable(name);
-    // The wording is deliberately the same for every program: log filters look for it.
-    if (installed.isEmpty())
+    QString installed = QStandardPaths::findExecutable(name);
+    if (installed.isEmpty()) {
+        // The wording is deliberately the same for every program: log filters look for it.
         qCDebug(tsystemApplicationPathsLogging) << "No openSSL implementation found.";
-    else
+    } else {
         qCDebug(tsystemApplicationPathsLogging) << "Fallback to system binary: " << installed;
+    }
     return installed;
 }
 

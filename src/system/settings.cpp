@@ -32,9 +32,10 @@ Settings::Settings(const QString &organization, const QString &application, QFla
 {
     if (scopes.testFlag(Scope::ApplicationDirectory))
         addLayer(m_values, iniFile(QDir(QCoreApplication::applicationDirPath()), application));
-    if (scopes.testFlag(Scope::SystemSettings))
-        addLayer(m_values,
-                 QSettings(QSettings::IniFormat, QSettings::SystemScope, organization, application));
+    if (scopes.testFlag(Scope::SystemSettings)) {
+        const QSettings system(QSettings::IniFormat, QSettings::SystemScope, organization, application);
+        addLayer(m_values, system);
+    }
     if (scopes.testFlag(Scope::SystemConfiguration)) {
         const QDir directory =
             ApplicationPaths::getApplicationPaths(QSettings::SystemScope, ApplicationPaths::Configuration);

@@ -81,6 +81,8 @@ private Q_SLOTS:
             polls.emplace_back(host.port());
             polls.back().send(get("/context/shared/event"));
         }
+        for (const RawClient &poll : polls)
+            QVERIFY(poll.awaitReceipt());
         // A connection made after all others is served after all others.
         QVERIFY(ask(get("/context/shared")).startsWith("HTTP/1.1 200 "));
         QVERIFY(!polls.front().isReadable(0));

@@ -288,7 +288,6 @@ private Q_SLOTS:
         QVERIFY(waitForLog(host, " debug ch.tessel.vexo-service.bus: first published {\"n\":1}\n"));
     }
 
-#ifdef CONTEXT_PLUGIN
     void createdContextShowsOnTheBus()
     {
         HostProcess host({QStringLiteral("--plugin"), QStringLiteral(CONTEXT_PLUGIN)});
@@ -303,7 +302,6 @@ private Q_SLOTS:
         QVERIFY(waitForLog(host, "ch.tessel.vexo-service.bus: contextplugin published {"));
         QVERIFY2(host.readLog().contains("context-created"), host.readLog().constData());
     }
-#endif
 };
 
 QTEST_GUILESS_MAIN(VexoRequestsTest)

@@ -301,6 +301,19 @@ private Q_SLOTS:
         QCOMPARE(parked.readAnswer(), QByteArray());
     }
 
+    void stopDropsWhatIsStillPublished()
+    {
+        HostProcess host(bothPlugins());
+        setVariable(host, "QT_LOGGING_RULES", QStringLiteral("ch.tessel.vexo-service.bus.debug=true"));
+        QVERIFY2(host.start(), host.readLog().constData());
+        RawClient parked(host.port());
+        parked.send("GET /first/park-publish HTTP/1.1\r\nHost: x\r\n\r\n");
+        QVERIFY(waitForLog(host, "first parks"));
+        QVERIFY(stopHost(host));
+        QCOMPARE(host.readLog().count("first release park-publish"), 1);
+        QCOMPARE(host.readLog().count("published"), 0);
+    }
+
     void stopWithAThousandParkedPollsTakesUnderTwoSeconds()
     {
         static constexpr int count = 1000;

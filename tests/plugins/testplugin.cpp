@@ -38,6 +38,8 @@ public:
     void release() override
     {
         log((m_running ? QStringLiteral("release inside ") : QStringLiteral("release ")) + m_task);
+        if (m_task == QLatin1String("park-publish"))
+            m_shared.bus->publishChunk(QJsonObject());
         delete this;
     }
     void setRequest(QSharedPointer<http::server::Request> request) override { m_request = request; }

@@ -26,6 +26,7 @@ public:
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_directory.path());
         environment.insert(QStringLiteral("TS_SETTINGS_INI_FILE"), file.fileName());
         process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(m_directory.path());
         process.setProgram(QStringLiteral(VEXO_SERVICE));
         // What waitForReadyRead() waits for.
         process.setReadChannel(QProcess::StandardError);

@@ -3,8 +3,10 @@
 #include <QByteArray>
 
 #include <arpa/inet.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -36,6 +38,19 @@ public:
         if (::send(m_socket, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL)
             != static_cast<ssize_t>(bytes.size()))
             qFatal("Nothing can be sent.");
+    }
+
+    /// Waits until the other end's kernel has all that was sent; on a busy machine even the loopback loses
+    /// packets and sends them again later, behind those of other connections.
+    [[nodiscard]] bool awaitReceipt() const
+    {
+        int unacknowledged = 1;
+        for (int i = 0; i < 10000 && ::ioctl(m_socket, SIOCOUTQ, &unacknowledged) == 0; ++i) {
+            if (unacknowledged == 0)
+                return true;
+            ::poll(nullptr, 0, 1); // nothing tells of an acknowledgement
+        }
+        return false;
     }
 
     /// Sends what fits and returns how much that was, or -1 if nothing fits for `milliseconds`.

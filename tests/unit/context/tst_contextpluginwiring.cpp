@@ -117,6 +117,10 @@ void ContextService::pushChunk(const QJsonValue &chunk)
     recorder->contexts = this;
     recorder->note(chunk[QLatin1String("x")].toInt() == 7 ? "pushChunk x" : "pushChunk");
 }
+void ContextService::setContext(const QString & /*id*/, QJsonValue /*value*/)
+{
+    recorder->note("setContext");
+}
 
 ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
     : m_contextService(contextService)

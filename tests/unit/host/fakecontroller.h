@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 #include <utility>
 
 /// Writes what the dispatcher does to it into a journal, under its name, and works as it is told.
@@ -29,7 +30,7 @@ public:
 
     void release() override
     {
-        note(m_calls == 0 ? "release" : "release inside");
+        note(m_calls.use_count() == 1 ? "release" : "release inside");
         const auto thrown = std::exchange(onRelease, nullptr);
         delete this;
         if (thrown)
@@ -53,16 +54,13 @@ public:
         call(m_work);
     }
 
-    /// One of the controller's own calls; a release() meanwhile is told as "release inside".
+    /// One of the controller's own calls, which may end the controller; a release() meanwhile is told as
+    /// "release inside".
     void call(const Work &work)
     {
-        ++m_calls;
-        const struct End
-        {
-            int &calls;
-            ~End() { --calls; }
-        } end{m_calls};
-        work(*this);
+        const Work copy = work;
+        const std::shared_ptr<void> call = m_calls;
+        copy(*this);
     }
 
     QSharedPointer<http::server::Request> request;
@@ -76,7 +74,7 @@ private:
     QStringList &m_journal;
     const QString m_name;
     const Work m_work;
-    int m_calls = 0;
+    const std::shared_ptr<void> m_calls = std::make_shared<int>(); ///< one more owner in each call
 };
 
 /// One that is a QObject and may end itself.

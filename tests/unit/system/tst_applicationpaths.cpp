@@ -1,12 +1,10 @@
 #include "installedprobe.h"
 #include "logcapture.h"
+#include "settingsdirectory.h"
 #include "system/applicationpaths.h"
 
-#include <QCoreApplication>
-#include <QTemporaryDir>
-
+#include <memory>
 #include <stdexcept>
-#include <string>
 
 using tessel::system::ApplicationPaths;
 
@@ -75,67 +73,57 @@ private Q_SLOTS:
     void executable();
 
 private:
-    void configure(const QByteArray &line);
+    void configure(const QString &line);
     [[nodiscard]] QString path(const char *relative) const
     {
         return m_directory->filePath(QLatin1String(relative));
     }
 
-    std::unique_ptr<QTemporaryDir> m_directory;
-    QString m_oldWorkingDirectory;
+    std::unique_ptr<SettingsDirectory> m_directory;
     QByteArray m_oldHome;
 };
 
 void TestApplicationPaths::init()
 {
-    m_directory = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_directory->isValid());
-    QVERIFY(QDir(m_directory->path()).mkdir(QStringLiteral("cwd")));
-    m_oldWorkingDirectory = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(path("cwd")));
+    m_directory = std::make_unique<SettingsDirectory>();
+    QVERIFY(m_directory->isReady());
     m_oldHome = qgetenv("HOME");
     QVERIFY(qputenv("HOME", QFile::encodeName(path("home"))));
-    QCoreApplication::setOrganizationName(QStringLiteral("maker"));
-    QCoreApplication::setApplicationName(QStringLiteral("program"));
 }
 
 void TestApplicationPaths::cleanup()
 {
     QVERIFY(qputenv("HOME", m_oldHome));
-    QVERIFY(QDir::setCurrent(m_oldWorkingDirectory));
     m_directory.reset();
 }
 
-void TestApplicationPaths::configure(const QByteArray &line)
+void TestApplicationPaths::configure(const QString &line)
 {
-    QFile file(QStringLiteral("program.ini"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    const QByteArray text = "[ch.tessel.system]\n" + line + '\n';
-    QCOMPARE(file.write(text), qint64(text.size()));
+    const QString file = QStringLiteral("cwd/program.ini");
+    QVERIFY(!m_directory->write(file, QStringLiteral("ch.tessel.system"), line).isEmpty());
 }
 
 void TestApplicationPaths::readsTheKeyOfEachLocation_data()
 {
     QTest::addColumn<ApplicationPaths::StandardLocation>("location");
     QTest::addColumn<int>("number");
-    QTest::addColumn<QByteArray>("key");
+    QTest::addColumn<QString>("key");
 
-    QTest::newRow("configuration") << ApplicationPaths::Configuration << 0
-                                   << QByteArrayLiteral("path.configuration");
-    QTest::newRow("logging") << ApplicationPaths::Logging << 1 << QByteArrayLiteral("path.logging");
-    QTest::newRow("runtime") << ApplicationPaths::Runtime << 2 << QByteArrayLiteral("path.runtime");
-    QTest::newRow("update") << ApplicationPaths::Update << 3 << QByteArrayLiteral("path.update");
+    QTest::newRow("configuration") << ApplicationPaths::Configuration << 0 << "path.configuration";
+    QTest::newRow("logging") << ApplicationPaths::Logging << 1 << "path.logging";
+    QTest::newRow("runtime") << ApplicationPaths::Runtime << 2 << "path.runtime";
+    QTest::newRow("update") << ApplicationPaths::Update << 3 << "path.update";
 }
 
 void TestApplicationPaths::readsTheKeyOfEachLocation()
 {
     QFETCH(ApplicationPaths::StandardLocation, location);
     QFETCH(int, number);
-    QFETCH(QByteArray, key);
+    QFETCH(QString, key);
     const LogCapture log(category);
 
     QCOMPARE(int(location), number);
-    configure(key + '=' + QFile::encodeName(m_directory->path()));
+    configure(key + QLatin1Char('=') + m_directory->path());
     for (const QSettings::Scope scope : {QSettings::UserScope, QSettings::SystemScope})
         QCOMPARE(ApplicationPaths::getApplicationPaths(scope, location), QDir(m_directory->path()));
     QVERIFY(log.lines().isEmpty());
@@ -152,7 +140,7 @@ void TestApplicationPaths::readsTheKeyOfEachLocation()
 
 void TestApplicationPaths::readsTheFileInTheWorkingDirectoryOfTheCall()
 {
-    configure("path.update=/");
+    configure(QStringLiteral("path.update=/"));
     QCOMPARE(ApplicationPaths::getApplicationPaths(QSettings::UserScope, ApplicationPaths::Update).path(),
              QStringLiteral("/"));
     QVERIFY(QDir::setCurrent(m_directory->path()));
@@ -162,7 +150,7 @@ void TestApplicationPaths::readsTheFileInTheWorkingDirectoryOfTheCall()
 
 void TestApplicationPaths::aConfiguredFileIsNoDirectory()
 {
-    configure("path.runtime=program.ini");
+    configure(QStringLiteral("path.runtime=program.ini"));
     const LogCapture log(category);
     QCOMPARE(ApplicationPaths::getApplicationPaths(QSettings::UserScope, ApplicationPaths::Runtime).path(),
              QStringLiteral("program.ini"));
@@ -172,7 +160,7 @@ void TestApplicationPaths::aConfiguredFileIsNoDirectory()
 void TestApplicationPaths::warnsOfAMissingDirectoryAndKeepsIt()
 {
     const QString missing = path("missing");
-    configure("path.logging=" + QFile::encodeName(missing));
+    configure(QStringLiteral("path.logging=") + missing);
     const LogCapture log(category);
     QCOMPARE(ApplicationPaths::getApplicationPaths(QSettings::SystemScope, ApplicationPaths::Logging).path(),
              missing);
@@ -184,18 +172,18 @@ void TestApplicationPaths::warnsOfAMissingDirectoryAndKeepsIt()
 
 void TestApplicationPaths::emptyTextFallsBackToThePlatformRule_data()
 {
-    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QString>("line");
 
-    QTest::newRow("no key") << QByteArrayLiteral("path.other=/");
-    QTest::newRow("empty text") << QByteArrayLiteral("path.logging=");
-    QTest::newRow("empty text in quotes") << QByteArrayLiteral("path.logging=\"\"");
-    QTest::newRow("null value") << QByteArrayLiteral("path.logging=@Invalid()");
-    QTest::newRow("list without a text") << QByteArrayLiteral("path.logging=/, /");
+    QTest::newRow("no key") << "path.other=/";
+    QTest::newRow("empty text") << "path.logging=";
+    QTest::newRow("empty text in quotes") << "path.logging=\"\"";
+    QTest::newRow("null value") << "path.logging=@Invalid()";
+    QTest::newRow("list without a text") << "path.logging=/, /";
 }
 
 void TestApplicationPaths::emptyTextFallsBackToThePlatformRule()
 {
-    QFETCH(QByteArray, line);
+    QFETCH(QString, line);
     configure(line);
     const LogCapture log(category);
     QCOMPARE(ApplicationPaths::getApplicationPaths(QSettings::SystemScope, ApplicationPaths::Logging).path(),
@@ -254,9 +242,9 @@ void TestApplicationPaths::anUnknownScopeThrowsInThePlatformRuleAlone()
         (void)ApplicationPaths::getApplicationPaths(scopeOf(2), ApplicationPaths::Configuration);
     };
     QCOMPARE(messageThrownBy(call), QByteArray(invalidScope));
-    configure("path.configuration=");
+    configure(QStringLiteral("path.configuration="));
     QCOMPARE(messageThrownBy(call), QByteArray(invalidScope));
-    configure("path.configuration=/");
+    configure(QStringLiteral("path.configuration=/"));
     QCOMPARE(messageThrownBy(call), QByteArrayLiteral("nothing was thrown"));
 }
 

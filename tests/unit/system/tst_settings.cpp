@@ -1,9 +1,8 @@
 #include "installedprobe.h"
+#include "settingsdirectory.h"
 #include "system/settings.h"
 
-#include <QCoreApplication>
-#include <QTemporaryDir>
-
+#include <memory>
 #include <type_traits>
 
 using tessel::system::Scope;
@@ -50,6 +49,7 @@ private Q_SLOTS:
     void mergesTheLayersOfItsFlags();
     void theConfigurationDirectoryIsTheConfiguredOne();
     void keepsKeysThatAStrongerLayerDoesNotHave();
+    void theUserScopeHasNoFallbacks();
     void readsNothingWithoutFlags();
     void environmentFile_data();
     void environmentFile();
@@ -60,44 +60,27 @@ private Q_SLOTS:
     void asksTwiceForAnAbsentKey();
 
 private:
-    [[nodiscard]] QString write(const QString &relativePath, const QString &lines);
+    [[nodiscard]] QString write(const QString &relativePath, const QString &lines) const;
     [[nodiscard]] Settings read(Scope::Values scopes) const;
 
-    std::unique_ptr<QTemporaryDir> m_directory;
-    QString m_oldWorkingDirectory;
+    std::unique_ptr<SettingsDirectory> m_directory;
 };
 
 void TestSettings::init()
 {
-    m_directory = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_directory->isValid());
-    m_oldWorkingDirectory = QDir::currentPath();
-    QVERIFY(QDir(m_directory->path()).mkdir(QStringLiteral("cwd")));
-    QVERIFY(QDir::setCurrent(m_directory->filePath(QStringLiteral("cwd"))));
-    QSettings::setPath(QSettings::IniFormat, QSettings::SystemScope,
-                       m_directory->filePath(QStringLiteral("system")));
-    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
-                       m_directory->filePath(QStringLiteral("user")));
-    qunsetenv("TS_SETTINGS_INI_FILE");
-    QCoreApplication::setOrganizationName(QStringLiteral("maker"));
-    QCoreApplication::setApplicationName(QStringLiteral("program"));
+    m_directory = std::make_unique<SettingsDirectory>();
+    QVERIFY(m_directory->isReady());
 }
 
 void TestSettings::cleanup()
 {
-    qunsetenv("TS_SETTINGS_INI_FILE");
-    QVERIFY(QDir::setCurrent(m_oldWorkingDirectory));
     m_directory.reset();
 }
 
 // Writes an .ini file with one group and gives its path, empty if that failed.
-QString TestSettings::write(const QString &relativePath, const QString &lines)
+QString TestSettings::write(const QString &relativePath, const QString &lines) const
 {
-    QFile file(m_directory->filePath(relativePath));
-    const QByteArray text = QStringLiteral("[group]\n%1\n").arg(lines).toUtf8();
-    const bool written = QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly)
-                         && file.write(text) == text.size();
-    return written ? file.fileName() : QString();
+    return m_directory->write(relativePath, QStringLiteral("group"), lines);
 }
 
 Settings TestSettings::read(Scope::Values scopes) const
@@ -187,6 +170,14 @@ void TestSettings::keepsKeysThatAStrongerLayerDoesNotHave()
     QVERIFY(!write(QStringLiteral("user/maker/program.ini"), QStringLiteral("a=\nb=2")).isEmpty());
     settings = read(Scope::SystemSettings | Scope::UserSettings);
     QCOMPARE(settings.value(QStringLiteral("group/a")), QVariant(QString()));
+}
+
+void TestSettings::theUserScopeHasNoFallbacks()
+{
+    for (const char *file : {"system/maker/program.ini", "system/maker.ini", "user/maker.ini"})
+        QVERIFY(!write(QLatin1String(file), QStringLiteral("key=1")).isEmpty());
+    QVERIFY(!read(Scope::UserSettings).value(QStringLiteral("group/key")).isValid());
+    QVERIFY(read(Scope::SystemSettings).value(QStringLiteral("group/key")).isValid());
 }
 
 void TestSettings::readsNothingWithoutFlags()

@@ -1,6 +1,7 @@
 #include "headerfields.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace http::server {
 
@@ -19,19 +20,16 @@ void HeaderFields::append(const QByteArray &name, const QByteArray &value)
 
 void HeaderFields::replace(const QByteArray &name, const QByteArray &value)
 {
-    HeaderFields replaced;
+    if (!contains(name))
+        return append(name, value);
+    const HeaderFields all = std::exchange(*this, {});
     bool placed = false;
-    for (int i = 0; i < size(); ++i) {
-        if (!hasName(m_fields.at(i), name)) {
-            replaced.append(nameAt(i), valueAt(i));
-        } else if (!placed) {
-            replaced.append(name, value);
-            placed = true;
-        }
+    for (int i = 0; i < all.size(); ++i) {
+        if (!all.hasName(all.m_fields.at(i), name))
+            append(all.nameAt(i), all.valueAt(i));
+        else if (!std::exchange(placed, true))
+            append(name, value);
     }
-    if (!placed)
-        replaced.append(name, value);
-    *this = std::move(replaced);
 }
 
 QByteArray HeaderFields::joined(const QByteArray &name) const

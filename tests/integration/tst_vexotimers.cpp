@@ -1,0 +1,68 @@
+#include "hostprocess.h"
+#include "rawclient.h"
+
+#include <QElapsedTimer>
+#include <QtTest>
+
+/// The timers of the context plug-in in the real host, with the real clock: minutes, not milliseconds.
+class VexoTimersTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void storesTheDefaultValueAndCollects();
+};
+
+// The status of the answer.
+static QByteArray exchange(quint16 port, const QByteArray &request)
+{
+    RawClient client(port);
+    client.send(request);
+    return client.readAnswer().split(' ').value(1);
+}
+
+// Waits until the host has logged `line`; false if that takes longer than `milliseconds`.
+static bool awaitLine(HostProcess &host, const QByteArray &line, int milliseconds)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!host.readLog().contains(line)) {
+        const int left = milliseconds - static_cast<int>(clock.elapsed());
+        if (left <= 0 || !host.process.waitForReadyRead(left))
+            return host.readLog().contains(line);
+    }
+    return true;
+}
+
+static QByteArray deletion(const QByteArray &id)
+{
+    return "Deleting context that was not used in more than  60000  miliseconds:  \"" + id + "\" .";
+}
+
+void VexoTimersTest::storesTheDefaultValueAndCollects()
+{
+    HostProcess host({QStringLiteral("--plugin"), QStringLiteral(CONTEXT_PLUGIN)},
+                     "[ch.tessel.vexo-service.context]\nttl=1\ndefaultValues=true");
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(host.start());
+    const QByteArray body = R"({"patient":"a"})";
+    QCOMPARE(
+        exchange(host.port(), "PUT /context/desk HTTP/1.1\r\nHost: x\r\nContent-Type: application/json\r\n"
+                              "Content-Length: "
+                                  + QByteArray::number(body.size()) + "\r\n\r\n" + body),
+        QByteArrayLiteral("201"));
+
+    QVERIFY(awaitLine(host, "Loading default value \"\"\n", 10000));
+    QVERIFY(clock.elapsed() >= 4750);
+
+    // The first sweep may come before or after the minute since its last use is over; the second finds it.
+    QVERIFY(awaitLine(host, deletion("desk"), 140000));
+    QVERIFY(clock.elapsed() >= 57000);
+    QVERIFY(awaitLine(host, deletion({}), 140000));
+    QCOMPARE(exchange(host.port(), "GET /context/desk HTTP/1.1\r\nHost: x\r\n\r\n"),
+             QByteArrayLiteral("404"));
+}
+
+QTEST_GUILESS_MAIN(VexoTimersTest)
+#include "tst_vexotimers.moc"
