@@ -17,7 +17,8 @@ target_compile_options(k7-build-options INTERFACE
 
 # k7_target(NAME): house settings for one of our own C++ targets.
 function(k7_target target)
-    target_link_libraries(${target} PRIVATE k7-build-options)
+    # Kept out of what is exported: the house settings are not for others.
+    target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:k7-build-options>)
     set_target_properties(${target} PROPERTIES
         AUTOMOC ON
         CXX_EXTENSIONS OFF

@@ -41,7 +41,8 @@ std::optional<StartFailure> Host::start()
 
 std::optional<StartFailure> Host::tryStart()
 {
-    auto loaded = loadPlugins(m_options.plugins, pluginDirectories());
+    auto loaded = loadPlugins(m_options.plugins, pluginDirectories(),
+                              [this](const QString &key) { return m_settings.isSet(key); });
     if (auto *failure = std::get_if<StartFailure>(&loaded))
         return std::move(*failure);
     m_plugins = std::get<PluginSet>(std::move(loaded));
@@ -58,9 +59,11 @@ QStringList Host::pluginDirectories() const
         return {};
     if (!m_settings.pluginDirectories.isEmpty())
         return m_settings.pluginDirectories;
-    const QString beside =
-        QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../plugins"));
-    return {QDir(beside).exists() ? beside : QStringLiteral(K7_INSTALLED_PLUGIN_DIR)};
+    const QDir own(QCoreApplication::applicationDirPath());
+    const QString beside = QDir::cleanPath(own.filePath(QStringLiteral("../plugins")));
+    if (QDir(beside).exists())
+        return {beside};
+    return {QDir::cleanPath(own.filePath(QStringLiteral(K7_INSTALLED_PLUGIN_DIR)))};
 }
 
 std::optional<StartFailure> Host::startPlugins()

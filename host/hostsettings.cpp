@@ -137,6 +137,7 @@ static std::optional<StartFailure> readLimits(const HostSettings::Lookup &lookup
 std::variant<HostSettings, StartFailure> HostSettings::read(const Lookup &lookup)
 {
     HostSettings settings;
+    settings.lookup = lookup;
     if (auto failure = readLimits(lookup, settings.limits))
         return std::move(*failure);
 

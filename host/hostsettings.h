@@ -22,8 +22,13 @@ struct HostSettings
     std::optional<ListenAddress> listen; ///< `http.listen`
     QStringList pluginDirectories; ///< `plugins.directory`, one or a list; empty if not set
     http::server::Limits limits; ///< `http.max…` in bytes and connections, `http.…Timeout` in seconds
+    Lookup lookup; ///< what it was read with; null if it was not read
 
-    /// Reads all keys. A value that makes no sense is a failure that names the key, the value and why.
+    /// True if this full key, which may be a plug-in's, is set to any value. Asks `lookup`.
+    [[nodiscard]] bool isSet(const QString &key) const { return lookup && lookup(key).isValid(); }
+
+    /// Reads all keys and keeps `lookup`. A value that makes no sense is a failure that names the key, the
+    /// value and why.
     [[nodiscard]] static std::variant<HostSettings, StartFailure> read(const Lookup &lookup);
 
     /// The keys with their defaults and meanings, a line each, for the help text.

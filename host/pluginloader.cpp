@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonObject>
 #include <QLibrary>
 #include <QPluginLoader>
 
@@ -37,7 +38,20 @@ static std::variant<LoadedPlugin, StartFailure> loadPlugin(const QFileInfo &file
     return LoadedPlugin{pluginName(file), path, std::move(instance), plugin};
 }
 
-static std::optional<StartFailure> addLibraries(const QString &directory, QFileInfoList &files)
+// Reads the file without loading the library.
+static bool isEnabled(const QFileInfo &library, const SettingIsSet &isSet)
+{
+    const QString setting = QPluginLoader(library.absoluteFilePath())
+                                .metaData()
+                                .value(QLatin1String("MetaData"))
+                                .toObject()
+                                .value(QLatin1String("enabledBySetting"))
+                                .toString();
+    return setting.isEmpty() || isSet(setting);
+}
+
+static std::optional<StartFailure> addLibraries(const QString &directory, const SettingIsSet &isSet,
+                                                QFileInfoList &files)
 {
     const QDir dir(directory);
     if (!dir.exists()) {
@@ -46,17 +60,20 @@ static std::optional<StartFailure> addLibraries(const QString &directory, QFileI
     }
     const QFileInfoList entries = dir.entryInfoList(QDir::Files, QDir::Name);
     std::copy_if(entries.cbegin(), entries.cend(), std::back_inserter(files),
-                 [](const QFileInfo &file) { return QLibrary::isLibrary(file.fileName()); });
+                 [&isSet](const QFileInfo &file) {
+                     return QLibrary::isLibrary(file.fileName()) && isEnabled(file, isSet);
+                 });
     return {};
 }
 
-std::variant<PluginSet, StartFailure> loadPlugins(const QStringList &files, const QStringList &directories)
+std::variant<PluginSet, StartFailure> loadPlugins(const QStringList &files, const QStringList &directories,
+                                                  const SettingIsSet &isSet)
 {
     QFileInfoList found;
     for (const QString &file : files)
         found.append(QFileInfo(file));
     for (const QString &directory : directories) {
-        if (auto failure = addLibraries(directory, found))
+        if (auto failure = addLibraries(directory, isSet, found))
             return std::move(*failure);
     }
     if (found.isEmpty()) {

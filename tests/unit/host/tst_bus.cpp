@@ -75,6 +75,52 @@ private Q_SLOTS:
         QVERIFY(std::is_sorted(listener.got.cbegin(), listener.got.cend()));
     }
 
+    void everyListenerSeesTheSameOrder()
+    {
+        Bus bus;
+        BusEndpoint *endpoints[] = {
+            &bus.addEndpoint(QStringLiteral("a")), &bus.addEndpoint(QStringLiteral("b")),
+            &bus.addEndpoint(QStringLiteral("c")), &bus.addEndpoint(QStringLiteral("d"))};
+        FakeListener listeners[4];
+        QVector<int> expected[4];
+        for (int i = 0; i < 4; ++i)
+            endpoints[i]->attachChunkListener(&listeners[i]);
+        const int count = Bus::chunksPerTurn * 5;
+        for (int i = 0; i < count; ++i) {
+            const int publisher = i * i % 7 % 3;
+            endpoints[publisher]->publishChunk(chunk(i));
+            for (int other = 0; other < 4; ++other) {
+                if (other != publisher)
+                    expected[other].append(i);
+            }
+        }
+        QTRY_COMPARE(listeners[3].got.size(), count);
+        for (int i = 0; i < 4; ++i)
+            QCOMPARE(listeners[i].got, expected[i]);
+    }
+
+    void endpointOutlivesItsPlugin()
+    {
+        Bus bus;
+        BusEndpoint &endpoint = bus.addEndpoint(QStringLiteral("a"));
+        BusEndpoint &b = bus.addEndpoint(QStringLiteral("b"));
+        FakeListener ofB;
+        b.attachChunkListener(&ofB);
+        auto listener = std::make_unique<FakeListener>();
+        endpoint.attachChunkListener(listener.get());
+        endpoint.publishChunk(chunk(1));
+        b.publishChunk(chunk(2)); // on its way to the listener that goes
+        endpoint.cut();
+        listener.reset();
+        // What the plug-in has left behind, a timer say, may still hold the endpoint.
+        endpoint.publishChunk(chunk(3));
+        b.publishChunk(chunk(4));
+        FakeListener ofC;
+        bus.addEndpoint(QStringLiteral("c")).attachChunkListener(&ofC);
+        QTRY_COMPARE(ofC.got, (QVector<int>{1, 2, 4}));
+        QCOMPARE(ofB.got, QVector<int>{1});
+    }
+
     void answerFromInsideAListenerComesAfterWhatWaits()
     {
         Bus bus;

@@ -117,6 +117,18 @@ private Q_SLOTS:
         QCOMPARE(std::get<HostSettings>(readOne(key, list)).pluginDirectories, list);
     }
 
+    void keysOfPluginsAreSetWithAnyValue()
+    {
+        const QString key = QStringLiteral("ch.tessel.vexo-service.some/key");
+        QVERIFY(!HostSettings().isSet(key));
+        for (const QVariant &value : {QVariant(), QVariant(QString()), QVariant(QStringLiteral("x"))}) {
+            const auto settings =
+                HostSettings::read([&](const QString &asked) { return asked == key ? value : QVariant(); });
+            QCOMPARE(std::get<HostSettings>(settings).isSet(key), value.isValid());
+            QVERIFY(!std::get<HostSettings>(settings).isSet(key + QLatin1Char('s')));
+        }
+    }
+
     void senselessValuesAreNamedWithTheReason_data()
     {
         QTest::addColumn<QString>("key");

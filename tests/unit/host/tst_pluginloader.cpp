@@ -124,6 +124,41 @@ private Q_SLOTS:
         QVERIFY2(failure.text.contains(dir.filePath(QStringLiteral("plain.so"))), qPrintable(failure.text));
     }
 
+    void directoryYieldsAnOptionalPluginIfItsSettingIsSet_data()
+    {
+        QTest::addColumn<QString>("set");
+        QTest::addColumn<QStringList>("loaded");
+        const QString first = QStringLiteral("first");
+        QTest::newRow("not set") << QString() << QStringList{first};
+        QTest::newRow("set") << "ch.tessel.vexo-service.optional/on"
+                             << QStringList{first, QStringLiteral("optional")};
+        QTest::newRow("another one set") << "ch.tessel.vexo-service.optional/other" << QStringList{first};
+    }
+    void directoryYieldsAnOptionalPluginIfItsSettingIsSet()
+    {
+        QFETCH(QString, set);
+        const QTemporaryDir dir;
+        for (const char *name : {"first", "optional"})
+            QVERIFY(QFile::copy(file(QLatin1String(name)),
+                                dir.filePath(QStringLiteral("lib%1.so").arg(QLatin1String(name)))));
+        const auto loaded = loadPlugins({}, {dir.path()}, [&set](const QString &key) { return key == set; });
+        QTEST(names(std::get<PluginSet>(loaded)), "loaded");
+    }
+
+    void optionalPluginThatIsNamedIsLoaded()
+    {
+        const auto loaded = loadPlugins({file(QStringLiteral("optional"))}, {});
+        QCOMPARE(names(std::get<PluginSet>(loaded)), QStringList{QStringLiteral("optional")});
+    }
+
+    void directoryOfNothingButOptionalPluginsIsAFailure()
+    {
+        const QTemporaryDir dir;
+        QVERIFY(QFile::copy(file(QStringLiteral("optional")), dir.filePath(QStringLiteral("a.so"))));
+        const auto failure = std::get<StartFailure>(loadPlugins({}, {dir.path()}));
+        QCOMPARE(failure.text, QStringLiteral("no plug-in to load in %1").arg(dir.path()));
+    }
+
     void missingDirectoryIsAFailure()
     {
         const auto failure = std::get<StartFailure>(
