@@ -17,12 +17,12 @@ AddActionRequestsBehaviour::AddActionRequestsBehaviour(ContextService &contextSe
 
 void AddActionRequestsBehaviour::onChunk(const QJsonValue &chunk)
 {
-    static constexpr ResourceKind kind{QLatin1String("vexo-context-add-action-requests"),
-                                       QLatin1String("actionRequests"),
-                                       "Accepted update for actionRequests with",
-                                       "Existing actionRequests has",
-                                       false,
-                                       false,
-                                       &addActionRequestsBehavourLogging};
+    static const ResourceKind kind{QLatin1String("vexo-context-add-action-requests"),
+                                   QLatin1String("actionRequests"),
+                                   "Accepted update for actionRequests with",
+                                   "Existing actionRequests has",
+                                   false,
+                                   false,
+                                   &addActionRequestsBehavourLogging};
     addResources(m_contextService, chunk, kind);
 }

@@ -17,12 +17,12 @@ AddMatchingItemsBehaviour::AddMatchingItemsBehaviour(ContextService &contextServ
 
 void AddMatchingItemsBehaviour::onChunk(const QJsonValue &chunk)
 {
-    static constexpr ResourceKind kind{QLatin1String("vexo-context-add-matching-items"),
-                                       QLatin1String("matchingItems"),
-                                       "Accepted update for matchingItems with",
-                                       "Existing matchingItems has",
-                                       true,
-                                       true,
-                                       &addMatchingItemsBehavourLogging};
+    static const ResourceKind kind{QLatin1String("vexo-context-add-matching-items"),
+                                   QLatin1String("matchingItems"),
+                                   "Accepted update for matchingItems with",
+                                   "Existing matchingItems has",
+                                   true,
+                                   true,
+                                   &addMatchingItemsBehavourLogging};
     addResources(m_contextService, chunk, kind);
 }
