@@ -1,5 +1,6 @@
 #include "contextplugin.h"
 
+#include "chunkbehaviourfactory.h"
 #include "chunklistener.h"
 #include "chunkserviceproxy.h"
 #include "contextservice.h"
@@ -36,6 +37,8 @@ void ContextPlugin::initialize()
     m_chunkServiceProxy = std::make_unique<ChunkServiceProxy>();
     m_fileService = std::make_unique<FileService>();
     m_contextService = std::make_unique<ContextService>(*m_chunkServiceProxy, *m_fileService);
+    m_contextService->setBehaviours(
+        ChunkBehaviourFactory(*m_chunkServiceProxy, *m_contextService).createBehaviours());
     m_contextControllerStrategy = std::make_unique<ContextControllerStrategy>(*m_contextService);
     m_strategies.push_back(m_contextControllerStrategy.get());
     m_chunkListener = std::make_unique<ChunkListener>(*m_contextService);
