@@ -58,10 +58,11 @@ void EventLoopBridge::turn()
     uv_run(&m_loop, UV_RUN_NOWAIT);
     m_turning = false;
     const int timeout = uv_backend_timeout(&m_loop);
-    if (timeout == 0)
+    if (timeout == 0) {
         kick();
-    else if (timeout > 0)
+    } else if (timeout > 0) {
         wakeWithin(timeout);
+    }
     m_afterTurn();
 }
 

@@ -25,10 +25,11 @@ void HeaderFields::replace(const QByteArray &name, const QByteArray &value)
     const HeaderFields all = std::exchange(*this, {});
     bool placed = false;
     for (int i = 0; i < all.size(); ++i) {
-        if (!all.hasName(all.m_fields.at(i), name))
+        if (!all.hasName(all.m_fields.at(i), name)) {
             append(all.nameAt(i), all.valueAt(i));
-        else if (!std::exchange(placed, true))
+        } else if (!std::exchange(placed, true)) {
             append(name, value);
+        }
     }
 }
 

@@ -7,10 +7,11 @@ namespace http::server {
 /// A section is fed whole, so that what comes in pieces lies side by side.
 static void extend(std::string_view &text, const char *at, std::size_t length)
 {
-    if (text.empty())
+    if (text.empty()) {
         text = {at, length};
-    else
+    } else {
         text = {text.data(), static_cast<std::size_t>(at + length - text.data())};
+    }
 }
 
 /// The parser drops the white space before a value, not the one behind it.

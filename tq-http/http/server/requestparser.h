@@ -8,7 +8,7 @@
 #include <memory>
 #include <string_view>
 
-struct llhttp__internal_s;
+struct llhttp__internal_s; // NOLINT(bugprone-reserved-identifier): the name that llhttp.h gives it
 
 namespace http::server {
 

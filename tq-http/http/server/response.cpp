@@ -67,10 +67,11 @@ void Response::end(const QByteArray &body)
     if (!m_open)
         return;
     m_open = false;
-    if (m_refused)
+    if (m_refused) {
         m_answer = problem(500);
-    else
+    } else {
         m_answer.body = body;
+    }
     if (m_sink)
         m_sink->answer(std::move(m_answer));
     finish();

@@ -151,10 +151,11 @@ void Server::Private::closed(Transport *transport)
 
 void Server::Private::onConnection(uv_stream_t *listener, int status)
 {
-    if (status == 0)
+    if (status == 0) {
         static_cast<Private *>(listener->data)->accept();
-    else
+    } else {
         qCWarning(serverLogging) << "A connection could not be accepted:" << uv_strerror(status);
+    }
 }
 
 void Server::Private::accept()
@@ -183,10 +184,11 @@ void Server::Private::deliver()
         m_events.pop_front();
         if (!m_events.empty())
             m_bridge.kick();
-        if (event.request)
+        if (event.request) {
             m_handler.requestReceived(event.request, event.response);
-        else
+        } else {
             event.response->abandon();
+        }
     }
 }
 

@@ -149,12 +149,13 @@ void Transport::onAllocate(uv_handle_t *handle, std::size_t /*size*/, uv_buf_t *
 void Transport::onRead(uv_stream_t *stream, ssize_t size, const uv_buf_t *buffer)
 {
     Connection &connection = self(reinterpret_cast<uv_handle_t *>(stream)).m_connection;
-    if (size > 0)
+    if (size > 0) {
         connection.received({buffer->base, static_cast<std::size_t>(size)});
-    else if (size == UV_EOF)
+    } else if (size == UV_EOF) {
         connection.endOfInput();
-    else if (size < 0)
+    } else if (size < 0) {
         connection.lost();
+    }
 }
 
 void Transport::onWritten(uv_write_t *request, int status)
@@ -162,10 +163,11 @@ void Transport::onWritten(uv_write_t *request, int status)
     const std::unique_ptr<PendingWrite> pending(static_cast<PendingWrite *>(request->data));
     Transport &me = self(reinterpret_cast<uv_handle_t *>(request->handle));
     --me.m_pendingWrites;
-    if (status != 0)
+    if (status != 0) {
         me.m_connection.lost();
-    else if (me.m_pendingWrites == 0)
+    } else if (me.m_pendingWrites == 0) {
         me.m_connection.flushed();
+    }
 }
 
 void Transport::onShutdown(uv_shutdown_t *request, int /*status*/)
