@@ -6,6 +6,7 @@
 #include "fileservice.h"
 #include "recordingchunkservice.h"
 
+#include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLoggingCategory>
@@ -39,6 +40,14 @@ public:
     {
         m_proxy.setChunkService(&m_bus);
         m_contexts.setBehaviours(ChunkBehaviourFactory(m_proxy, m_contexts).createBehaviours());
+    }
+
+    // Leaves nothing of the input before.
+    void reset()
+    {
+        const QStringList ids = m_contexts.getContextKeys();
+        for (const QString &id : ids)
+            m_contexts.deleteContext(id);
         static const QJsonValue context =
             parsed(R"({"_id":"a","patient":{"id":"p","name":["n",null]},"x":1,"y":null,
                        "matchingItems":[{"id":"r"},{"id":"r"},{},7],"actionRequests":"none"})");
@@ -86,8 +95,9 @@ private:
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/)
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
+    static const QCoreApplication application(*argc, *argv);
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     return 0;
 }
@@ -95,7 +105,8 @@ extern "C" int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     QLoggingCategory::setFilterRules(QLatin1String(size % 2 == 1 ? "*.debug=true" : "*.debug=false"));
-    Plugin plugin;
+    static Plugin plugin;
+    plugin.reset();
     const QJsonDocument document = QJsonDocument::fromJson(
         QByteArray::fromRawData(reinterpret_cast<const char *>(data), static_cast<int>(size)));
     if (document.isObject()) {
