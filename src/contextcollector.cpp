@@ -1,9 +1,8 @@
 #include "contextcollector.h"
 
 #include "contextservice.h"
-#include "system/settings.h"
+#include "pluginsettings.h"
 
-#include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QTimer>
 #include <QVariant>
@@ -33,10 +32,8 @@ std::optional<int> periodOf(const QVariant &minutes)
 
 QTimer *start(ContextService &service, QMap<QString, QDateTime> &lastUse)
 {
-    using tessel::system::Scope;
-    tessel::system::Settings settings(QCoreApplication::organizationName(),
-                                      QCoreApplication::applicationName(), Scope::Values(0xf));
-    const auto period = periodOf(settings.value(QStringLiteral("ch.tessel.vexo-service.context/ttl")));
+    const QString key = QStringLiteral("ch.tessel.vexo-service.context/ttl");
+    const auto period = periodOf(readPluginSettings().value(key));
     if (!period)
         return nullptr;
     qCInfo(contextServiceLogging) << "Starting the context garbage collector, runs every " << *period

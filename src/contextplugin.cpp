@@ -1,15 +1,15 @@
 #include "contextplugin.h"
 
+#include "chunkbehaviourfactory.h"
 #include "chunklistener.h"
 #include "chunkserviceproxy.h"
 #include "contextservice.h"
 #include "controller/contextcontrollerstrategy.h"
 #include "fileservice.h"
-#include "system/settings.h"
+#include "pluginsettings.h"
 
 #include <k7-plugin-api/chunkservice.h>
 
-#include <QCoreApplication>
 #include <QJsonObject>
 #include <QLoggingCategory>
 #include <QTimer>
@@ -37,6 +37,8 @@ void ContextPlugin::initialize()
     m_chunkServiceProxy = std::make_unique<ChunkServiceProxy>();
     m_fileService = std::make_unique<FileService>();
     m_contextService = std::make_unique<ContextService>(*m_chunkServiceProxy, *m_fileService);
+    m_contextService->setBehaviours(
+        ChunkBehaviourFactory(*m_chunkServiceProxy, *m_contextService).createBehaviours());
     m_contextControllerStrategy = std::make_unique<ContextControllerStrategy>(*m_contextService);
     m_strategies.push_back(m_contextControllerStrategy.get());
     m_chunkListener = std::make_unique<ChunkListener>(*m_contextService);
@@ -45,10 +47,8 @@ void ContextPlugin::initialize()
 
 void ContextPlugin::armDefaultValue()
 {
-    using tessel::system::Scope;
-    tessel::system::Settings settings(QCoreApplication::organizationName(),
-                                      QCoreApplication::applicationName(), Scope::Values(0xf));
-    if (!settings.value(QStringLiteral("ch.tessel.vexo-service.context/defaultValues")).toBool())
+    const QString key = QStringLiteral("ch.tessel.vexo-service.context/defaultValues");
+    if (!readPluginSettings().value(key).toBool())
         return;
     // A child, so that nothing of it is left when the plug-in goes and its library is unloaded.
     auto *timer = new QTimer(this);

@@ -56,7 +56,7 @@ void ContextController::onNewRequest()
 
 void ContextController::get()
 {
-    qCDebug(contextControllerLogging()) << "Accessing context" << m_contextId << ".";
+    qCDebug(contextControllerLogging) << "Accessing context" << m_contextId << ".";
     const QJsonValue context = m_contextService.getContext(m_contextId);
     if (context.isNull()) {
         m_response->writeHead(404);
@@ -70,7 +70,7 @@ void ContextController::get()
 
 void ContextController::put()
 {
-    qCDebug(contextControllerLogging()) << "Setting context" << m_contextId << ".";
+    qCDebug(contextControllerLogging) << "Setting context" << m_contextId << ".";
     // Deliberately without an error report: unlike POST, a PUT is never refused, and invalid JSON merges as
     // {}.
     QJsonDocument document = QJsonDocument::fromJson(m_request->body());
@@ -90,7 +90,7 @@ void ContextController::remove()
         m_response->end("Context not found.");
         return;
     }
-    qCDebug(contextControllerLogging()) << "Deleting context" << m_contextId << ".";
+    qCDebug(contextControllerLogging) << "Deleting context" << m_contextId << ".";
     m_contextService.deleteContext(m_contextId);
     m_response->writeHead(204);
     m_response->end({});

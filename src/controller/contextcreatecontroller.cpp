@@ -39,7 +39,7 @@ void ContextCreateController::setResponse(QSharedPointer<http::server::Response>
 
 void ContextCreateController::onNewRequest()
 {
-    qCDebug(contextCreateControllerLogging()) << "Creating a new context.";
+    qCDebug(contextCreateControllerLogging) << "Creating a new context.";
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(bodyAsUtf8(), &error);
     if (error.error != QJsonParseError::NoError) {
@@ -62,8 +62,8 @@ QByteArray ContextCreateController::bodyAsUtf8() const
 
 void ContextCreateController::refuse(const QString &reason)
 {
-    qCWarning(contextCreateControllerLogging()) << "Error when parsing.";
-    qCDebug(contextCreateControllerLogging()) << reason;
+    qCWarning(contextCreateControllerLogging) << "Error when parsing.";
+    qCDebug(contextCreateControllerLogging) << reason;
     m_response->setHeader(QStringLiteral("Content-Type"), QStringLiteral("text/plain"));
     m_response->writeHead(400);
     m_response->end(reason.toLocal8Bit());

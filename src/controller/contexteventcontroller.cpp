@@ -50,10 +50,10 @@ void ContextEventController::onNewRequest()
     readPreference();
     if (m_method != Request::HttpMethod::Get)
         return;
-    qCDebug(contextEventControllerLogging()) << "Accessing context" << m_contextId << ".";
+    qCDebug(contextEventControllerLogging) << "Accessing context" << m_contextId << ".";
     QJsonObject &lastSent = m_strategy.lastSentContexts()[m_contextId];
     if (lastSent != m_contextService.getContext(m_contextId).toObject()) {
-        qCDebug(contextEventControllerLogging()) << "Context changed since last sent. Immediately return.";
+        qCDebug(contextEventControllerLogging) << "Context changed since last sent. Immediately return.";
         const QJsonValue context = m_contextService.getContext(m_contextId);
         // Deliberately before the answer is certain and without a connection: if the awaited key is missing,
         // this poll stays unanswered, and the client's next poll waits normally.
@@ -61,7 +61,7 @@ void ContextEventController::onNewRequest()
         onContextChanged(m_contextId, context);
         return;
     }
-    qCDebug(contextEventControllerLogging()) << "Current context has already been sent. Wait for change...";
+    qCDebug(contextEventControllerLogging) << "Current context has already been sent. Wait for change...";
     connect(&m_contextService, &ContextService::contextChanged, this,
             &ContextEventController::onContextChanged);
 }
@@ -78,11 +78,11 @@ void ContextEventController::onContextChanged(const QString &id, const QJsonValu
     }
     const QJsonObject context = value.toObject();
     if (!m_contextItem.isEmpty() && !context.contains(m_contextItem)) {
-        qCDebug(contextEventControllerLogging())
+        qCDebug(contextEventControllerLogging)
             << "Context changed but doesnt have the item we're waiting for" << m_contextItem;
         return;
     }
-    qCDebug(contextEventControllerLogging()) << "Context changed. Return long polling.";
+    qCDebug(contextEventControllerLogging) << "Context changed. Return long polling.";
     forbidCaching();
     m_response->setHeader(QStringLiteral("Content-Type"), QStringLiteral("application/json"));
     m_response->writeHead(200);
@@ -99,7 +99,7 @@ void ContextEventController::readPreference()
     if (!preference.contains(mark))
         return;
     m_contextItem = preference.split(mark, Qt::KeepEmptyParts).at(1);
-    qCDebug(contextEventControllerLogging()) << "Waiting for context item" << m_contextItem;
+    qCDebug(contextEventControllerLogging) << "Waiting for context item" << m_contextItem;
 }
 
 void ContextEventController::forbidCaching()

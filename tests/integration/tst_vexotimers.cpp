@@ -53,13 +53,13 @@ void VexoTimersTest::storesTheDefaultValueAndCollects()
                                   + QByteArray::number(body.size()) + "\r\n\r\n" + body),
         QByteArrayLiteral("201"));
 
-    QVERIFY(awaitLine(host, "Loading default value \"\"\n", 10000));
+    QVERIFY2(awaitLine(host, "Loading default value \"\"\n", 10000), host.readLog().constData());
     QVERIFY(clock.elapsed() >= 4750);
 
     // The first sweep may come before or after the minute since its last use is over; the second finds it.
-    QVERIFY(awaitLine(host, deletion("desk"), 140000));
+    QVERIFY2(awaitLine(host, deletion("desk"), 140000), host.readLog().constData());
     QVERIFY(clock.elapsed() >= 57000);
-    QVERIFY(awaitLine(host, deletion({}), 140000));
+    QVERIFY2(awaitLine(host, deletion({}), 140000), host.readLog().constData());
     QCOMPARE(exchange(host.port(), "GET /context/desk HTTP/1.1\r\nHost: x\r\n\r\n"),
              QByteArrayLiteral("404"));
 }

@@ -83,8 +83,8 @@ private Q_SLOTS:
     void startsATimerByTheSetting();
     void withoutTheSettingThereIsNoTimer_data();
     void withoutTheSettingThereIsNoTimer();
-    void readsEveryLayer_data();
-    void readsEveryLayer();
+    void readsTheLayers_data();
+    void readsTheLayers();
     void readsTheSettingOnce();
     void destructionStopsTheTimerBeforeTheBehavioursGo();
 
@@ -106,9 +106,10 @@ private:
     {
         return m_settings->set(QStringLiteral("ch.tessel.vexo-service.context"), line);
     }
-    static void sweep(ContextStore &store, const QDateTime &now = QDateTime::currentDateTime())
+    static void sweep(ContextStore &store, int period = 60000,
+                      const QDateTime &now = QDateTime::currentDateTime())
     {
-        contextcollector::sweep(store.contexts, ContextServiceProbe::lastUse(store.contexts), 60000, now);
+        contextcollector::sweep(store.contexts, ContextServiceProbe::lastUse(store.contexts), period, now);
     }
 
     std::unique_ptr<SettingsDirectory> m_settings;
@@ -147,8 +148,8 @@ void ContextCollectorTest::periodOfASetting_data()
     row("wraps to a negative period", QStringLiteral("35792"), 60000);
     row("wraps to a positive period below a minute", QStringLiteral("71583"), 60000);
     row("wraps to a positive period", QStringLiteral("71584"), 72704);
-    row("negative, wraps to a negative period", QStringLiteral("-35792"), 2147447296);
-    row("negative, wraps to a positive period", QStringLiteral("-71581"), 107296);
+    row("negative, wraps to a long period", QStringLiteral("-35792"), 2147447296);
+    row("negative, wraps to a short period", QStringLiteral("-71581"), 107296);
     row("the largest", QStringLiteral("2147483647"), 60000);
     row("the smallest", QStringLiteral("-2147483648"), 60000);
 }
@@ -185,6 +186,7 @@ void ContextCollectorTest::startsATimerByTheSetting()
     QVERIFY(timer->isActive());
     QVERIFY(!timer->isSingleShot());
     QCOMPARE(timer->interval(), period);
+    QCOMPARE(timer->timerType(), Qt::CoarseTimer);
     const QVector<LogCapture::Line> expected{
         {QtInfoMsg,
          QStringLiteral("Starting the context garbage collector, runs every  %1 miliseconds.").arg(period)}};
@@ -210,17 +212,16 @@ void ContextCollectorTest::withoutTheSettingThereIsNoTimer()
     QVERIFY(log.lines().isEmpty());
 }
 
-void ContextCollectorTest::readsEveryLayer_data()
+void ContextCollectorTest::readsTheLayers_data()
 {
     QTest::addColumn<QString>("file");
 
-    QTest::newRow("beside the executable") << "beside/program.ini";
     QTest::newRow("system scope") << "system/maker/program.ini";
     QTest::newRow("configuration directory") << "configuration/program.ini";
     QTest::newRow("user scope") << "user/maker/program.ini";
 }
 
-void ContextCollectorTest::readsEveryLayer()
+void ContextCollectorTest::readsTheLayers()
 {
     QFETCH(QString, file);
     QVERIFY(
@@ -231,11 +232,6 @@ void ContextCollectorTest::readsEveryLayer()
                          QStringLiteral("path.configuration=")
                              + m_settings->filePath(QStringLiteral("configuration")))
                  .isEmpty());
-    // The test program cannot have files beside it; the name of the application may lead elsewhere.
-    if (file.startsWith(QLatin1String("beside")))
-        QCoreApplication::setApplicationName(
-            QDir(QCoreApplication::applicationDirPath())
-                .relativeFilePath(m_settings->filePath(QStringLiteral("beside/program"))));
     const ContextStore store;
     QVERIFY(timerOf(store.contexts) != nullptr);
     QCOMPARE(timerOf(store.contexts)->interval(), 180000);
@@ -272,18 +268,22 @@ void ContextCollectorTest::destructionStopsTheTimerBeforeTheBehavioursGo()
 
 void ContextCollectorTest::keepsWhatWasUsedWithinThePeriod_data()
 {
+    QTest::addColumn<int>("period");
     QTest::addColumn<int>("age"); // milliseconds, -1 for no time of use
     QTest::addColumn<bool>("stays");
 
-    QTest::newRow("used now") << 0 << true;
-    QTest::newRow("one millisecond less than the period") << 59999 << true;
-    QTest::newRow("exactly the period") << 60000 << false;
-    QTest::newRow("longer than the period") << 60001 << false;
-    QTest::newRow("no time of use") << -1 << false;
+    QTest::newRow("used now") << 60000 << 0 << true;
+    QTest::newRow("one millisecond less than the period") << 60000 << 59999 << true;
+    QTest::newRow("exactly the period") << 60000 << 60000 << false;
+    QTest::newRow("longer than the period") << 60000 << 60001 << false;
+    QTest::newRow("no time of use") << 60000 << -1 << false;
+    QTest::newRow("less than a longer period") << 2147460000 << 2147459999 << true;
+    QTest::newRow("exactly a longer period") << 2147460000 << 2147460000 << false;
 }
 
 void ContextCollectorTest::keepsWhatWasUsedWithinThePeriod()
 {
+    QFETCH(int, period);
     QFETCH(int, age);
     QFETCH(bool, stays);
     const QString id = QStringLiteral("a");
@@ -297,10 +297,10 @@ void ContextCollectorTest::keepsWhatWasUsedWithinThePeriod()
     store.events.clear();
 
     const LogCapture log(category);
-    sweep(store, now);
+    sweep(store, period, now);
     QVector<LogCapture::Line> expected{sweepLine(), lookLine(id)};
     if (!stays)
-        expected.append(deleteLine(id, 60000));
+        expected.append(deleteLine(id, period));
     QVERIFY(log.lines() == expected);
     QCOMPARE(store.contexts.getContextKeys(), stays ? QStringList{id} : QStringList());
     QCOMPARE(store.events, stays ? QStringList() : QStringList{QStringLiteral("removed a")});

@@ -1,5 +1,7 @@
 #include "contextplugin.h"
 
+#include "chunkbehaviour.h"
+#include "chunkbehaviourfactory.h"
 #include "chunklistener.h"
 #include "chunkserviceproxy.h"
 #include "contextservice.h"
@@ -44,6 +46,8 @@ struct Recorder
     FileService *files = nullptr;
     ContextService *contexts = nullptr;
     ChunkService *strategyBus = nullptr;
+    ChunkServiceProxy *factoryProxy = nullptr;
+    ContextService *factoryContexts = nullptr;
 
     void note(const char *event)
     {
@@ -70,6 +74,19 @@ void noteFreed(const void *address)
             recorder->note(item.event);
         }
     }
+}
+
+class SilentBehaviour final : public ChunkBehaviour
+{
+public:
+    void onChunk(const QJsonValue & /*chunk*/) override { }
+};
+
+std::vector<ChunkBehaviour *> madeBehaviours()
+{
+    static SilentBehaviour first;
+    static SilentBehaviour second;
+    return {&first, &second};
 }
 
 } // namespace
@@ -120,6 +137,26 @@ void ContextService::pushChunk(const QJsonValue &chunk)
 void ContextService::setContext(const QString & /*id*/, QJsonValue /*value*/)
 {
     recorder->note("setContext");
+}
+
+void ContextService::setBehaviours(std::vector<ChunkBehaviour *> &&behaviours)
+{
+    recorder->contexts = this;
+    recorder->note(behaviours == madeBehaviours() ? "=behaviours" : "=other behaviours");
+}
+
+ChunkBehaviourFactory::ChunkBehaviourFactory(ChunkServiceProxy &chunkServiceProxy,
+                                             ContextService &contextService)
+    : m_chunkServiceProxy(chunkServiceProxy)
+    , m_contextService(contextService)
+{
+}
+std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
+{
+    recorder->note("+behaviours");
+    recorder->factoryProxy = &m_chunkServiceProxy;
+    recorder->factoryContexts = &m_contextService;
+    return madeBehaviours();
 }
 
 ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
@@ -174,11 +211,14 @@ private Q_SLOTS:
         m_plugin->initialize();
         QCOMPARE(m_recorder.journal,
                  QStringList({QStringLiteral("+files ---P-"), QStringLiteral("+contexts ---PF"),
+                              QStringLiteral("+behaviours -C-PF"), QStringLiteral("=behaviours -C-PF"),
                               QStringLiteral("+routes -C-PF")}));
         QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("RCLPF"));
         QCOMPARE(m_recorder.proxy, ContextPluginProbe::proxy(*m_plugin));
         QCOMPARE(m_recorder.files, ContextPluginProbe::files(*m_plugin));
         QCOMPARE(m_recorder.contexts, ContextPluginProbe::contexts(*m_plugin));
+        QCOMPARE(m_recorder.factoryProxy, ContextPluginProbe::proxy(*m_plugin));
+        QCOMPARE(m_recorder.factoryContexts, ContextPluginProbe::contexts(*m_plugin));
         QVERIFY(m_recorder.proxy->getChunkService() == nullptr);
         QCOMPARE(m_plugin->getControllers().size(), std::size_t(1));
     }

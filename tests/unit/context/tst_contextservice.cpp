@@ -80,6 +80,15 @@ class ContextServiceTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void declaresOneSignalAndNoSlot()
+    {
+        const QMetaObject &meta = ContextService::staticMetaObject;
+        QCOMPARE(meta.methodCount() - meta.methodOffset(), 1);
+        const QMetaMethod signal = meta.method(meta.methodOffset());
+        QCOMPARE(signal.methodType(), QMetaMethod::Signal);
+        QCOMPARE(signal.methodSignature(), QByteArray("contextChanged(QString,QJsonValue)"));
+    }
+
     void newIdComesFromTheSecondOfTheClock()
     {
         ContextStore store;

@@ -7,6 +7,12 @@ class FileServiceTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void declaresNoSignalAndNoSlot()
+    {
+        const QMetaObject &meta = FileService::staticMetaObject;
+        QCOMPARE(meta.methodCount(), meta.methodOffset());
+    }
+
     void storesAndReplaces()
     {
         FileService files;

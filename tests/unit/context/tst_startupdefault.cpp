@@ -25,8 +25,8 @@ private Q_SLOTS:
 
     void armsATimerIfTheSettingIsTrue_data();
     void armsATimerIfTheSettingIsTrue();
-    void readsEveryLayer_data();
-    void readsEveryLayer();
+    void readsTheLayers_data();
+    void readsTheLayers();
     void readsTheSettingOnce();
     void storesTheEmptyObjectUnderTheEmptyId();
     void replacesWhatStandsUnderTheEmptyId();
@@ -100,17 +100,16 @@ void StartupDefaultTest::armsATimerIfTheSettingIsTrue()
     QVERIFY(log.lines().isEmpty());
 }
 
-void StartupDefaultTest::readsEveryLayer_data()
+void StartupDefaultTest::readsTheLayers_data()
 {
     QTest::addColumn<QString>("file");
 
-    QTest::newRow("beside the executable") << "beside/program.ini";
     QTest::newRow("system scope") << "system/maker/program.ini";
     QTest::newRow("configuration directory") << "configuration/program.ini";
     QTest::newRow("user scope") << "user/maker/program.ini";
 }
 
-void StartupDefaultTest::readsEveryLayer()
+void StartupDefaultTest::readsTheLayers()
 {
     QFETCH(QString, file);
     QVERIFY(!m_settings
@@ -122,11 +121,6 @@ void StartupDefaultTest::readsEveryLayer()
                          QStringLiteral("path.configuration=")
                              + m_settings->filePath(QStringLiteral("configuration")))
                  .isEmpty());
-    // The test program cannot have files beside it; the name of the application may lead elsewhere.
-    if (file.startsWith(QLatin1String("beside")))
-        QCoreApplication::setApplicationName(
-            QDir(QCoreApplication::applicationDirPath())
-                .relativeFilePath(m_settings->filePath(QStringLiteral("beside/program"))));
     m_plugin->initialize();
     QVERIFY(timer() != nullptr);
 }

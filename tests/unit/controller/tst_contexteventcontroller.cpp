@@ -69,6 +69,7 @@ class ContextEventControllerTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void isAQObjectFirstAndDeclaresOneSlot();
     void firstPollIsAnsweredAtOnce();
     void nextPollWaitsForAChange();
     void memoryBelongsToTheContextAndNotToTheClient();
@@ -103,6 +104,21 @@ private Q_SLOTS:
     void emptyIdThrows_data();
     void emptyIdThrows();
 };
+
+void ContextEventControllerTest::isAQObjectFirstAndDeclaresOneSlot()
+{
+    PollFixture fixture;
+    const Exchange poll = fixture.poll();
+    // The cast to void gives the start of the whole object.
+    QCOMPARE(dynamic_cast<void *>(poll.controller()),
+             static_cast<void *>(dynamic_cast<QObject *>(poll.controller())));
+
+    const QMetaObject &meta = ContextEventController::staticMetaObject;
+    QCOMPARE(meta.methodCount() - meta.methodOffset(), 1);
+    const QMetaMethod slot = meta.method(meta.methodOffset());
+    QCOMPARE(slot.methodType(), QMetaMethod::Slot);
+    QCOMPARE(slot.methodSignature(), QByteArray("onContextChanged(QString,QJsonValue)"));
+}
 
 void ContextEventControllerTest::firstPollIsAnsweredAtOnce()
 {

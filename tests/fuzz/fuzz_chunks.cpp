@@ -1,0 +1,111 @@
+#include "chunkbehaviourfactory.h"
+#include "chunkfrombytes.h"
+#include "chunklistener.h"
+#include "chunkserviceproxy.h"
+#include "contextservice.h"
+#include "fileservice.h"
+#include "recordingchunkservice.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLoggingCategory>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+// An input that is JSON is one chunk; any other grows some. All go to the whole set of behaviours over a
+// store with some contexts; debug lines are on if the input has an odd number of bytes.
+
+namespace {
+
+void require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+QJsonValue parsed(const char *text)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(text);
+    require(document.isObject());
+    return document.object();
+}
+
+class Plugin final
+{
+public:
+    Plugin()
+    {
+        m_proxy.setChunkService(&m_bus);
+        m_contexts.setBehaviours(ChunkBehaviourFactory(m_proxy, m_contexts).createBehaviours());
+        static const QJsonValue context =
+            parsed(R"({"_id":"a","patient":{"id":"p","name":["n",null]},"x":1,"y":null,
+                       "matchingItems":[{"id":"r"},{"id":"r"},{},7],"actionRequests":"none"})");
+        m_contexts.setContext(QStringLiteral("a"), context);
+        m_contexts.setContext(QStringLiteral("b"), QJsonArray{context});
+        require(m_contexts.getContext(QStringLiteral("read only")).isNull());
+    }
+
+    void deliver(const QJsonValue &chunk)
+    {
+        m_bus.chunks.clear();
+        m_listener.onChunkUpdated(chunk);
+        require(chunk.isObject() || m_bus.chunks.isEmpty());
+        QString created;
+        for (const QJsonValue &published : qAsConst(m_bus.chunks)) {
+            require(published.isObject());
+            const QString id = published[QLatin1String("data")][QLatin1String("contextId")].toString();
+            if (!id.isEmpty() && published[QLatin1String("exchange")] == QLatin1String("context-created"))
+                created = id;
+        }
+        // The next id would otherwise be waited for, up to a second.
+        if (!created.isEmpty())
+            m_contexts.deleteContext(created);
+    }
+
+    void requireAnswers()
+    {
+        static const QJsonValue request =
+            parsed(R"({"exchange":"vexo-context-rpc-set","body":{"_id":"z","n":1},
+                       "properties":{"reply-to":"123456789here","correlation-id":[7]}})");
+        static const QJsonValue reply =
+            parsed(R"({"exchange":"here","body":{"n":1},"properties":{"correlation-id":[7]}})");
+        deliver(request);
+        require(m_contexts.getContext(QStringLiteral("z"))[QLatin1String("n")] == 1);
+        require(m_bus.chunks.last() == reply);
+    }
+
+private:
+    RecordingChunkService m_bus;
+    ChunkServiceProxy m_proxy;
+    FileService m_files;
+    ContextService m_contexts{m_proxy, m_files};
+    ChunkListener m_listener{m_contexts};
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/)
+{
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    QLoggingCategory::setFilterRules(QLatin1String(size % 2 == 1 ? "*.debug=true" : "*.debug=false"));
+    Plugin plugin;
+    const QJsonDocument document = QJsonDocument::fromJson(
+        QByteArray::fromRawData(reinterpret_cast<const char *>(data), static_cast<int>(size)));
+    if (document.isObject()) {
+        plugin.deliver(document.object());
+    } else if (document.isArray()) {
+        plugin.deliver(document.array());
+    } else {
+        for (ChunkFromBytes bytes(data, size); !bytes.atEnd();)
+            plugin.deliver(bytes.chunk());
+    }
+    plugin.requireAnswers();
+    return 0;
+}

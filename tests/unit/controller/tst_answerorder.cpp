@@ -1,0 +1,126 @@
+#include "contextfixture.h"
+
+#include <http/server/response.h>
+
+#include <QtTest>
+
+using http::server::HeaderFields;
+using http::server::Request;
+using http::server::Response;
+using Method = Request::HttpMethod;
+
+Q_DECLARE_METATYPE(Method)
+
+namespace {
+
+QStringList *journal = nullptr;
+
+} // namespace
+
+// In place of the library's: it keeps the calls, whose order an answer does not show.
+Response::Response(http::server::AnswerSink *sink)
+    : m_sink(sink)
+{
+}
+Response::~Response() = default;
+void Response::setHeader(const QString &name, const QString & /*value*/)
+{
+    journal->append(name);
+}
+void Response::writeHead(int status)
+{
+    journal->append(QString::number(status));
+}
+void Response::end(const QByteArray & /*body*/)
+{
+    journal->append(QStringLiteral("end"));
+}
+void Response::abandon() { }
+
+/// Every answer calls setHeader() as often as needed, writeHead() once and end() once, in this order.
+class AnswerOrderTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_journal.clear();
+        journal = &m_journal;
+    }
+
+    void answers_data();
+    void answers();
+    void parkedPoll();
+
+private:
+    QStringList m_journal;
+};
+
+static QStringList cacheHeaders()
+{
+    return {QStringLiteral("Cache-Control"), QStringLiteral("Pragma"), QStringLiteral("Expires")};
+}
+
+static QStringList plain(int status)
+{
+    return {QString::number(status), QStringLiteral("end")};
+}
+
+static QStringList typed(int status)
+{
+    return QStringList{QStringLiteral("Content-Type")} + plain(status);
+}
+
+void AnswerOrderTest::answers_data()
+{
+    QTest::addColumn<Method>("method");
+    QTest::addColumn<QByteArray>("target");
+    QTest::addColumn<QByteArray>("accept");
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QStringList>("calls");
+    const auto row = [](const char *name, Method method, const char *target, const char *accept,
+                        const char *body, const QStringList &calls) {
+        QTest::newRow(name) << method << QByteArray(target) << QByteArray(accept) << QByteArray(body)
+                            << calls;
+    };
+    row("created, as JSON", Method::Post, "/context", "", "{}", typed(200));
+    row("created, as text", Method::Post, "/context", "text/plain", "{}", typed(200));
+    row("not created", Method::Post, "/context", "", "{", typed(400));
+    row("read", Method::Get, "/context/known", "", "", typed(200));
+    row("nothing to read", Method::Get, "/context/unknown", "", "", plain(404));
+    row("put", Method::Put, "/context/known", "", "{}", typed(200));
+    row("put under a new id", Method::Put, "/context/unknown", "", "{}", typed(201));
+    row("deleted", Method::Delete, "/context/known", "", "", plain(204));
+    row("nothing to delete", Method::Delete, "/context/unknown", "", "", plain(404));
+    row("polled", Method::Get, "/context/known/event", "", "", cacheHeaders() + typed(200));
+    row("polled after the removal", Method::Get, "/context/removed/event", "", "",
+        cacheHeaders() + plain(404));
+    row("parked", Method::Get, "/context/unknown/event", "", "", {});
+}
+
+void AnswerOrderTest::answers()
+{
+    QFETCH(Method, method);
+    QFETCH(QByteArray, target);
+    QFETCH(QByteArray, accept);
+    QFETCH(QByteArray, body);
+    QFETCH(QStringList, calls);
+    ContextFixture fixture;
+    fixture.contexts.setContext(QStringLiteral("known"), object(R"({"a":1})"));
+    fixture.strategy.lastSentContexts()[QStringLiteral("removed")] = object(R"({"a":1})");
+    const Exchange exchange(fixture.strategy, method, target, {{"Accept", accept}}, body);
+    QCOMPARE(m_journal, calls);
+}
+
+void AnswerOrderTest::parkedPoll()
+{
+    ContextFixture fixture;
+    const Exchange exchange(fixture.strategy, Method::Get, "/context/abc/event");
+    QCOMPARE(m_journal, QStringList());
+    fixture.contexts.setContext(QStringLiteral("abc"), object(R"({"a":1})"));
+    QCOMPARE(m_journal, cacheHeaders() + typed(200));
+}
+
+QTEST_GUILESS_MAIN(AnswerOrderTest)
+#include "tst_answerorder.moc"
