@@ -1,4 +1,6 @@
 # Installs BUILD into DIR/prefix, and builds the EXAMPLE and the plug-ins of SIBLINGS against nothing but that.
+cmake_minimum_required(VERSION 3.25)
+
 function(run)
     execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
