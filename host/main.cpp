@@ -34,6 +34,9 @@ static int serve(const HostOptions &options)
 
 int main(int argc, char *argv[])
 {
+    // As long as TZ is not set, the C library looks at this file each time that it converts a time.
+    if (!qEnvironmentVariableIsSet("TZ"))
+        qputenv("TZ", ":/etc/localtime");
     const QCoreApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("tessel"));
     QCoreApplication::setApplicationName(QStringLiteral("vexo-service"));

@@ -48,6 +48,7 @@ static http::Controller *createContextController(ContextService &contextService,
 
 ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
     : m_contextService(contextService)
+    , m_changeRouter(contextService)
 {
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "contextchangerouter.h"
+
 #include <k7-plugin-api/controllerstrategy.h>
 
 #include <QByteArray>
@@ -41,6 +43,9 @@ public:
     /// removed, not even with their context.
     [[nodiscard]] QMap<QString, QJsonObject> &lastSentContexts();
 
+    /// What a long poll on `id` waits for.
+    [[nodiscard]] const ContextChanges *changesOf(const QString &id) { return m_changeRouter.changesOf(id); }
+
     /// `context` as indented JSON. The last text is kept, so that all polls which one change wakes share it.
     [[nodiscard]] QByteArray indentedJson(const QJsonObject &context);
 
@@ -52,6 +57,7 @@ private:
     ContextService &m_contextService;
     ChunkService *m_chunkService = nullptr;
     QMap<QString, QJsonObject> m_lastSentContexts;
+    ContextChangeRouter m_changeRouter;
     QJsonObject m_lastObject;
     QByteArray m_lastText;
 };

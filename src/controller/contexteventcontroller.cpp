@@ -62,7 +62,7 @@ void ContextEventController::onNewRequest()
         return;
     }
     qCDebug(contextEventControllerLogging) << "Current context has already been sent. Wait for change...";
-    connect(&m_contextService, &ContextService::contextChanged, this,
+    connect(m_strategy.changesOf(m_contextId), &ContextChanges::changed, this,
             &ContextEventController::onContextChanged);
 }
 

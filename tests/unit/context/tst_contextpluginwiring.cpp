@@ -161,6 +161,7 @@ std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
 
 ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
     : m_contextService(contextService)
+    , m_changeRouter(contextService)
 {
     recorder->note("+routes");
     recorder->contexts = &contextService;

@@ -6,6 +6,7 @@
 #include "response.h"
 #include "transport.h"
 
+#include <QAbstractEventDispatcher>
 #include <QLoggingCategory>
 
 #include <array>
@@ -49,6 +50,7 @@ private:
     static void onConnection(uv_stream_t *listener, int status);
     void accept();
     void deliver();
+    void kickIfWaiting();
 
     const Limits m_limits;
     RequestHandler &m_handler;
@@ -71,6 +73,8 @@ Server::Private::Private(const Limits &limits, RequestHandler &handler)
     , m_handler(handler)
     , m_bridge([this] { deliver(); })
 {
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, &m_bridge,
+                     [this] { kickIfWaiting(); });
 }
 
 Server::Private::~Private()
@@ -182,14 +186,19 @@ void Server::Private::deliver()
     for (int i = 0; i < eventsPerTurn && !m_events.empty(); ++i) {
         const Event event = std::move(m_events.front());
         m_events.pop_front();
-        if (!m_events.empty())
-            m_bridge.kick();
         if (event.request) {
             m_handler.requestReceived(event.request, event.response);
         } else {
             event.response->abandon();
         }
     }
+    kickIfWaiting();
+}
+
+void Server::Private::kickIfWaiting()
+{
+    if (!m_events.empty())
+        m_bridge.kick();
 }
 
 Server::Server(const Limits &limits, RequestHandler &handler)
