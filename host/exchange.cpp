@@ -2,8 +2,11 @@
 
 #include <http/server/response.h>
 
+#include <QAbstractEventDispatcher>
 #include <QEvent>
+#include <QThread>
 
+#include <algorithm>
 #include <utility>
 
 Exchange::Exchange(OwnedController &&controller, QSharedPointer<http::server::Response> response,
@@ -12,9 +15,10 @@ Exchange::Exchange(OwnedController &&controller, QSharedPointer<http::server::Re
     , m_response(std::move(response))
     , m_open(open)
     , m_place(open.insert(open.end(), this))
+    , m_loopLevel(std::max(1, QThread::currentThread()->loopLevel()))
     , m_controllerHadItsTurn(!m_controller.isObject())
 {
-    m_response->onFinished([this] { deleteLater(); });
+    m_response->onFinished([this] { over(); });
 }
 
 Exchange::~Exchange()
@@ -33,4 +37,23 @@ bool Exchange::event(QEvent *event)
         return true;
     }
     return QObject::event(event);
+}
+
+void Exchange::over()
+{
+    if (!isUnderADeeperLoop())
+        return deleteLater();
+    m_loopTurn =
+        connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this, [this] {
+            if (isUnderADeeperLoop())
+                return;
+            disconnect(m_loopTurn);
+            // Called from outside of an event, deleteLater() would wait for the end of this loop as well.
+            QMetaObject::invokeMethod(this, &QObject::deleteLater, Qt::QueuedConnection);
+        });
+}
+
+bool Exchange::isUnderADeeperLoop() const
+{
+    return QThread::currentThread()->loopLevel() > m_loopLevel;
 }

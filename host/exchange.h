@@ -14,7 +14,8 @@ class Response;
 /**
  * An exchange that was still open when Controller::onNewRequest() returned. It destroys itself, and with it
  * releases the controller, once the response is over: from the event loop, so that no slot of the controller
- * is on the stack, not even under a nested loop.
+ * is on the stack. If it is over under a loop nested deeper than the one that brought the request, a slot may
+ * have started that loop, so that the release waits until it has ended.
  */
 class Exchange final : public QObject
 {
@@ -30,9 +31,14 @@ public:
     bool event(QEvent *event) override;
 
 private:
+    void over();
+    [[nodiscard]] bool isUnderADeeperLoop() const;
+
     OwnedController m_controller;
     const QSharedPointer<http::server::Response> m_response;
     std::list<Exchange *> &m_open;
     const std::list<Exchange *>::iterator m_place;
+    const int m_loopLevel; ///< of the loop that brought the request; 1 is the outermost
+    QMetaObject::Connection m_loopTurn; ///< while a deeper loop is waited for
     bool m_controllerHadItsTurn;
 };

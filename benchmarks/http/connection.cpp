@@ -1,9 +1,11 @@
 #include "connection.h"
 
 #include <arpa/inet.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -67,6 +69,21 @@ void Connection::send(std::string_view request)
     if (static_cast<std::size_t>(sent) != request.size()) {
         throw std::runtime_error("a request did not fit into the socket's buffer");
     }
+}
+
+void Connection::awaitReceipt() const
+{
+    int unacknowledged = 1;
+    for (int waited = 0; waited < patienceMs; ++waited) {
+        if (ioctl(m_socket, SIOCOUTQ, &unacknowledged) != 0) {
+            failWithErrno("ioctl");
+        }
+        if (unacknowledged == 0) {
+            return;
+        }
+        poll(nullptr, 0, 1); // nothing tells of an acknowledgement
+    }
+    throw std::runtime_error("a request did not reach the server");
 }
 
 bool Connection::receive()

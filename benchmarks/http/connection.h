@@ -22,6 +22,10 @@ public:
     /// Hands a whole request to the kernel.
     void send(std::string_view request);
 
+    /// Waits until the server's kernel has all that was sent. A busy machine loses packets on the loopback
+    /// too and sends them again later, behind what other connections have sent meanwhile.
+    void awaitReceipt() const;
+
     /// Reads what is there without waiting; true once the answer is complete. Its status is 2xx then.
     [[nodiscard]] bool receive();
 

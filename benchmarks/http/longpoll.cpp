@@ -120,6 +120,9 @@ void measureWake(const Options &options)
         others[i]->send(Request("GET", options.port, otherPath(options, i)).next());
         parked.add(*others[i]);
     }
+    for (const auto &connection : others) {
+        connection->awaitReceipt();
+    }
     Poller both;
     both.add(control);
     both.add(waiting);
@@ -160,6 +163,9 @@ void measureFanout(const Options &options)
     for (int round = 0; round < options.rounds; ++round) {
         for (const auto &connection : polls) {
             connection->send(poll.next());
+        }
+        for (const auto &connection : polls) {
+            connection->awaitReceipt();
         }
         control.exchange(sync.next());
         requireParked(poller);

@@ -1,12 +1,13 @@
 #include "structure/chunk/contextcreated.h"
 
 #include "constants/chunk.h"
+#include "structure/chunk/contextannouncement.h"
 
 #include <QLoggingCategory>
 
 namespace structure::chunk {
 
-namespace words = constants::structure::chunk;
+namespace words = constants::structure::chunk::contextcreated;
 
 const QLoggingCategory &ContextCreatedLogging()
 {
@@ -16,32 +17,17 @@ const QLoggingCategory &ContextCreatedLogging()
 
 QJsonValue ContextCreated::create(const QString &id)
 {
-    return QJsonObject{{words::exchangeKeyName(), words::contextcreated::exchangeValue()},
-                       {words::dataName(), QJsonObject{{words::contextcreated::contextIdKeyName(), id}}}};
+    return contextannouncement::create(words::exchangeValue(), words::contextIdKeyName(), id);
 }
 
 bool ContextCreated::parse(const QJsonValue &chunk)
 {
-    if (!chunk.isObject())
-        return false;
-    const QJsonObject object = chunk.toObject();
-    const QJsonValue exchange = object.value(words::exchangeKeyName());
-    if (!exchange.isString() || exchange.toString() != words::contextcreated::exchangeValue())
-        return false;
-    const QJsonValue data = object.value(words::dataName());
-    if (!data.isObject())
-        return false;
-    m_data = data.toObject();
-    return true;
+    return contextannouncement::parse(chunk, words::exchangeValue(), m_data);
 }
 
 bool ContextCreated::find(QString &id) const
 {
-    const QJsonValue value = m_data.value(words::contextcreated::contextIdKeyName());
-    if (!value.isString())
-        return false;
-    id = value.toString();
-    return true;
+    return contextannouncement::find(m_data, words::contextIdKeyName(), id);
 }
 
 } // namespace structure::chunk

@@ -4,7 +4,6 @@
 
 #include <QtTest>
 
-using http::server::HeaderFields;
 using http::server::Request;
 using http::server::Response;
 using Method = Request::HttpMethod;

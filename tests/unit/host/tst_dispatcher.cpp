@@ -291,6 +291,50 @@ private Q_SLOTS:
         QCOMPARE(m_journal.filter(QStringLiteral("release")), QStringList{QStringLiteral("a release")});
     }
 
+    void exchangeOverUnderASlotsNestedLoopReleasesAfterTheSlot_data()
+    {
+        QTest::addColumn<bool>("departs");
+        QTest::newRow("departed") << true;
+        QTest::newRow("answered by another") << false;
+    }
+    void exchangeOverUnderASlotsNestedLoopReleasesAfterTheSlot()
+    {
+        QFETCH(bool, departs);
+        FakeController *parked = nullptr;
+        FakeStrategy strategy([&] {
+            parked = new FakeController(m_journal, QStringLiteral("a"), park);
+            return parked;
+        });
+        Dispatcher dispatcher({&strategy});
+        Opened opened;
+        QEventLoop service;
+        QTimer::singleShot(0, &service, [&] {
+            dispatcher.requestReceived(opened.request, opened.response);
+            QTimer::singleShot(0, &service, [&] {
+                parked->call([&](FakeController & /*controller*/) {
+                    inEventLoop([&] {
+                        if (departs)
+                            opened.response->abandon();
+                        else
+                            opened.response->end("done");
+                    });
+                    spin();
+                });
+                QCOMPARE(releases(), 0);
+            });
+        });
+        QTimer limit;
+        connect(&limit, &QTimer::timeout, &service, [&] {
+            if (releases() > 0)
+                service.quit();
+        });
+        limit.start(1);
+        QTimer::singleShot(5000, &service, &QEventLoop::quit);
+        service.exec();
+        QCOMPARE(m_journal.filter(QStringLiteral("release")), QStringList{QStringLiteral("a release")});
+        QCOMPARE(dispatcher.openExchanges(), 0);
+    }
+
     void controllerThatEndedItselfIsNotTouched_data()
     {
         QTest::addColumn<bool>("deletesFirst");

@@ -398,6 +398,39 @@ private Q_SLOTS:
         QVERIFY(driver.closed);
     }
 
+    void aDepartureBehindWaitingInputIsNotForgotten_data()
+    {
+        QTest::addColumn<bool>("queued");
+        QTest::newRow("while the answer before it leaves") << true;
+        QTest::newRow("just before the answer before it") << false;
+    }
+    void aDepartureBehindWaitingInputIsNotForgotten()
+    {
+        QFETCH(bool, queued);
+        QVector<ResponsePointer> responses;
+        ConnectionDriver driver(
+            [&](const auto &, const ResponsePointer &response) { responses.append(response); });
+        QByteArray burst;
+        while (burst.size() <= Connection::maxWaitingBytes + 2 * getRequest.size())
+            burst += getRequest;
+        driver.feed(burst);
+        QVERIFY(!driver.reading);
+        if (queued) {
+            driver.holdsBack = true;
+            responses.constFirst()->end("1");
+            driver.hangUp();
+            driver.flush();
+        } else {
+            driver.connection.hungUp();
+            responses.constFirst()->end("1");
+            driver.deliver();
+        }
+        // The second request is served, and as nobody waits for it any more it does not stay open.
+        QCOMPARE(responses.size(), 2);
+        QVERIFY(!responses.constLast()->isOpen());
+        QVERIFY(driver.closed);
+    }
+
     void aLostRequestStillReachesTheApplicationOnce()
     {
         int requests = 0;

@@ -77,6 +77,7 @@ void Connection::endOfInput()
 
 void Connection::hungUp()
 {
+    m_hungUp = true;
     if (m_response)
         m_delegate.clientGone(m_response);
 }
@@ -225,7 +226,7 @@ void Connection::startExchange()
     m_parser.reset();
     m_response = QSharedPointer<Response>::create(static_cast<AnswerSink *>(this));
     m_delegate.requestReceived(request, m_response);
-    if (m_inputEnded)
+    if (m_inputEnded || m_hungUp)
         m_delegate.clientGone(m_response);
 }
 

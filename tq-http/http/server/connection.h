@@ -79,7 +79,7 @@ public:
     void received(std::string_view bytes);
     /// The client has sent its last byte.
     void endOfInput();
-    /// The client has gone while reading was off.
+    /// The client has gone while reading was off. Told once; what it sent before may still be given.
     void hungUp();
     /// The connection broke.
     void lost();
@@ -123,6 +123,7 @@ private:
     bool m_keepsAlive = true;
     bool m_isHead = false;
     bool m_inputEnded = false;
+    bool m_hungUp = false; ///< told once only, and input that was sent before may still wait
     bool m_reading = true;
     Timer m_timer = Timer::None;
     std::size_t m_queuedBytes = 0; ///< when the flush timer was started
