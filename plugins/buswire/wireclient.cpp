@@ -104,7 +104,7 @@ void WireClient::send(const QByteArray &line)
 {
     if (m_state != State::Open || m_outputEnded)
         return;
-    if (m_waiting >= maxWaitingBytes) {
+    if (bytesBehindFirst() >= maxWaitingBytes) {
         qCWarning(wireClientLogging) << "A client that does not read is disconnected.";
         return leave();
     }
@@ -112,6 +112,11 @@ void WireClient::send(const QByteArray &line)
     m_waiting += line.size();
     if (!m_writable.isEnabled())
         writeSome();
+}
+
+qint64 WireClient::bytesBehindFirst() const
+{
+    return m_queue.empty() ? 0 : m_waiting - (m_queue.front().size() - m_sentOfFirst);
 }
 
 void WireClient::writeSome()

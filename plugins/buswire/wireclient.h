@@ -13,9 +13,9 @@ namespace buswire {
  * One client of the socket: gives the lines that it sends and takes lines for it. Event-loop thread.
  *
  * A client that has closed its sending side goes on receiving, and what one has sent before it closed counts
- * although it is gone. One that does not read is not read from either
- * once 64 KiB wait for it, and is disconnected when a line comes while 1 MiB waits for it already; a single
- * line may be of any length.
+ * although it is gone. One that does not read is not read from either while more than 64 KiB wait for it, and
+ * is disconnected when a line comes while 1 MiB waits behind the one that is on its way. So a change of a
+ * large context and the reply to who asked for it, each a line of any length, reach a client that does read.
  */
 class WireClient final : public QObject
 {
@@ -54,6 +54,7 @@ private:
     void stopSending();
     void refuseOverlong();
     void leave();
+    [[nodiscard]] qint64 bytesBehindFirst() const;
     [[nodiscard]] bool isPaused() const { return m_waiting > pauseBytes; }
 
     int m_socket;

@@ -278,14 +278,27 @@ private Q_SLOTS:
         QVERIFY(!reader->isClosed());
     }
 
-    void oneChunkOfAnyLengthReachesAReader()
+    // As the change of a context and the reply to who asked for it, in one turn.
+    void twoChunksOfAnyLengthReachAReader()
     {
         const auto reader = connected();
         const QString text(10000000, QLatin1Char('x'));
-        server->broadcast(QJsonObject{{QStringLiteral("text"), text}});
-        const QVector<QByteArray> lines = awaitLines(*reader, 1);
-        QCOMPARE(lines.size(), 1);
-        QCOMPARE(QJsonDocument::fromJson(lines[0]).object().value(QStringLiteral("text")).toString(), text);
+        const QJsonObject large{{QStringLiteral("text"), text}};
+        server->broadcast(large);
+        server->broadcast(large);
+        const QVector<QByteArray> lines = awaitLines(*reader, 2);
+        QCOMPARE(lines.size(), 2);
+        for (const QByteArray &line : lines)
+            QCOMPARE(QJsonDocument::fromJson(line).object(), large);
+    }
+
+    void thirdLargeChunkIsOneTooMany()
+    {
+        const auto stalled = connected();
+        const QJsonObject large{{QStringLiteral("text"), QString(2000000, QLatin1Char('x'))}};
+        for (int i = 0; i < 3; ++i)
+            server->broadcast(large);
+        QTRY_COMPARE(server->findChildren<WireClient *>().size(), 0);
     }
 
     void whoDoesNotReadErrorsIsNotReadFrom()
