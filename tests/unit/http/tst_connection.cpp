@@ -508,6 +508,18 @@ private Q_SLOTS:
         QVERIFY(driver.output.endsWith("\r\n\r\n"));
     }
 
+    void resetContentHasALengthOfZeroAndNoBody()
+    {
+        ConnectionDriver driver([](const auto &, const ResponsePointer &response) {
+            response->writeHead(205);
+            response->end("not to be sent");
+        });
+        driver.feed(getRequest + getRequest);
+        const QVector<QPair<int, QByteArray>> expected{{205, {}}, {205, {}}};
+        QCOMPARE(answersIn(driver.output), expected);
+        QVERIFY(driver.output.contains("\r\nContent-Length: 0\r\n"));
+    }
+
     void methodsHaveTheirCodes_data()
     {
         QTest::addColumn<QByteArray>("method");
