@@ -352,6 +352,25 @@ private Q_SLOTS:
         QTRY_VERIFY((answer += later->readAll()).endsWith("/c"));
     }
 
+    void aDepartureIsNoticedWithoutADescriptorToWatchItBy()
+    {
+        int finished = 0;
+        ResponsePointer parked;
+        handler.function = [&](const auto &, const ResponsePointer &response) {
+            parked = response;
+            response->onFinished([&] { ++finished; });
+        };
+        serve();
+        const auto socket = client(server->port(), get("/poll"));
+        QTRY_VERIFY(parked);
+        const AllDescriptorsTaken taken;
+        socket->write(QByteArray(2 * Connection::maxWaitingBytes + 4096, 'x'));
+        QTRY_COMPARE(socket->bytesToWrite(), 0);
+        socket->abort();
+        QTRY_COMPARE(finished, 1);
+        QTRY_COMPARE(server->connectionCount(), 0);
+    }
+
     void openConnectionsGoOnAfterListeningStopped()
     {
         serve();
