@@ -190,6 +190,28 @@ private Q_SLOTS:
         QCOMPARE(answersIn(driver.output).constFirst().second, QByteArray("4 /x hi"));
     }
 
+    void aQueuedContinueLeavesBeforeTheAnswer()
+    {
+        ConnectionDriver driver(echo);
+        driver.holdsBack = true;
+        driver.feed("PUT /x HTTP/1.1\r\nHost: a\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
+        driver.feed("hi" + getRequest);
+        QVERIFY(driver.output.isEmpty());
+        driver.flush();
+        QVERIFY(driver.output.startsWith("HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\n"));
+        driver.flush();
+        QVERIFY(driver.output.endsWith("1 /a?b=c "));
+
+        // One that leaves while the body is still awaited starts nothing.
+        ConnectionDriver early(echo);
+        early.holdsBack = true;
+        early.feed("PUT /x HTTP/1.1\r\nHost: a\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
+        early.flush();
+        early.holdsBack = false;
+        early.feed("hi");
+        QVERIFY(early.output.endsWith("4 /x hi"));
+    }
+
     void noContinueWhereNoneIsDue_data()
     {
         QTest::addColumn<QByteArray>("request");
@@ -224,6 +246,14 @@ private Q_SLOTS:
         QTest::newRow("other version") << QByteArray("GET / HTTP/3.0\r\n") << 505;
         QTest::newRow("target too long") << "GET /" + QByteArray(16384, 'a') << 414;
         QTest::newRow("headers too large") << post + "X: " + QByteArray(65536, 'a') << 431;
+        QTest::newRow("blank after a chunk size") << chunked + "1 \r\n" << 400;
+        QTest::newRow("blank before a chunk size") << chunked + " 1\r\n" << 400;
+        QTest::newRow("prefixed chunk size") << chunked + "0x1\r\n" << 400;
+        QTest::newRow("empty chunk size") << chunked + "\r\n" << 400;
+        QTest::newRow("bare LF in an extension") << chunked + "1;a\nb\r\n" << 400;
+        QTest::newRow("bare CR in an extension") << chunked + "1;a\rb\r\n" << 400;
+        QTest::newRow("line end in a quoted extension") << chunked + "1;a=\"\r\n\"\r\n" << 400;
+        QTest::newRow("bare LF after a chunk") << chunked + "1\r\na\n0\r\n\r\n" << 400;
         QTest::newRow("declared body too large") << post + "Content-Length: 67108865\r\n" << 413;
         QTest::newRow("declared chunk too large") << chunked + "4000001\r\n" << 413;
         QTest::newRow("chunk size beyond 64 bits") << chunked + "FFFFFFFFFFFFFFFFF\r\n" << 400;
@@ -287,6 +317,22 @@ private Q_SLOTS:
         ConnectionDriver exceeds(echo, limits);
         exceeds.feed(chunked + "3\r\nabc\r\n3\r\n");
         QCOMPARE(answersIn(exceeds.output).constFirst().first, 413);
+    }
+
+    void theExtensionLimitIsExactAndOfOneBody()
+    {
+        Limits limits;
+        limits.maxHeaderBytes = 100;
+        const QByteArray request = "PUT /x HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n1;"
+                                   + QByteArray(50, 'e') + "\r\na\r\n1;" + QByteArray(50, 'e')
+                                   + "\r\nb\r\n0\r\n\r\n";
+        ConnectionDriver fits(echo, limits);
+        fits.feed(request + request);
+        const QVector<QPair<int, QByteArray>> expected{{200, "4 /x ab"}, {200, "4 /x ab"}};
+        QCOMPARE(answersIn(fits.output), expected);
+        ConnectionDriver exceeds(echo, limits);
+        exceeds.feed(QByteArray(request).replace("\r\nb\r\n", "e\r\nb\r\n"));
+        QCOMPARE(answersIn(exceeds.output).constFirst().first, 400);
     }
 
     void aRefusedContinuationIsNotInvited()
@@ -383,6 +429,21 @@ private Q_SLOTS:
         const QVector<QPair<int, QByteArray>> expected{{200, "1 /a?b=c "}, {200, "4 /x hello"}};
         QCOMPARE(answersIn(driver.output), expected);
         QCOMPARE(requests, 2);
+        QVERIFY(driver.closed);
+    }
+
+    void anAnswerThatIsLeavingSurvivesTheEnd()
+    {
+        ConnectionDriver driver(echo);
+        driver.holdsBack = true;
+        driver.feed(getRequest + putRequest + "GET /incompl");
+        driver.endInput();
+        QVERIFY(!driver.closed);
+        driver.flush();
+        QVERIFY(!driver.closed);
+        driver.flush();
+        const QVector<QPair<int, QByteArray>> expected{{200, "1 /a?b=c "}, {200, "4 /x hello"}};
+        QCOMPARE(answersIn(driver.output), expected);
         QVERIFY(driver.closed);
     }
 
@@ -488,6 +549,9 @@ private Q_SLOTS:
         driver.feed("HEAD / HTTP/1.1\r\nHost: a\r\n\r\n");
         QVERIFY(driver.output.contains("\r\nContent-Length: 5\r\n"));
         QVERIFY(driver.output.endsWith("\r\n\r\n"));
+        driver.output.clear();
+        driver.feed(getRequest);
+        QCOMPARE(answersIn(driver.output).constFirst().second, QByteArray("12345"));
     }
 
     void bodilessStatusesHaveNeitherLengthNorBody_data()
@@ -506,6 +570,18 @@ private Q_SLOTS:
         driver.feed(getRequest);
         QVERIFY(!driver.output.contains("Content-Length"));
         QVERIFY(driver.output.endsWith("\r\n\r\n"));
+    }
+
+    void resetContentHasALengthOfZeroAndNoBody()
+    {
+        ConnectionDriver driver([](const auto &, const ResponsePointer &response) {
+            response->writeHead(205);
+            response->end("not to be sent");
+        });
+        driver.feed(getRequest + getRequest);
+        const QVector<QPair<int, QByteArray>> expected{{205, {}}, {205, {}}};
+        QCOMPARE(answersIn(driver.output), expected);
+        QVERIFY(driver.output.contains("\r\nContent-Length: 0\r\n"));
     }
 
     void methodsHaveTheirCodes_data()
@@ -625,6 +701,42 @@ private Q_SLOTS:
         driver.timer = milliseconds(99);
         driver.flush();
         QCOMPARE(driver.timer.value(), limits.idleTimeout);
+    }
+
+    void theTimeForAHeaderAlsoRunsForOneThatHasWaited()
+    {
+        Limits limits;
+        limits.headerTimeout = std::chrono::milliseconds(1);
+        ResponsePointer open;
+        ConnectionDriver driver([&](const auto &, const ResponsePointer &response) { open = response; },
+                                limits);
+        driver.feed(getRequest + getRequest.chopped(1));
+        QVERIFY(!driver.timer.has_value());
+        open->end({});
+        QCOMPARE(driver.timer.value(), limits.headerTimeout);
+        driver.timeOut();
+        QCOMPARE(answersIn(driver.output).constLast().first, 408);
+    }
+
+    void aTrailerThatComesBitByBitIsProgress()
+    {
+        ConnectionDriver driver(echo);
+        driver.feed(chunkedRequest.chopped(3));
+        driver.timer.reset();
+        driver.feed("\n");
+        QCOMPARE(driver.timer.value(), driver.limits.bodyTimeout);
+    }
+
+    void aClientThatDoesNotReadItsRefusalIsEnded()
+    {
+        ConnectionDriver driver(echo);
+        driver.holdsBack = true;
+        driver.feed("GET / HTTP/3.0\r\n");
+        QVERIFY(!driver.held.isEmpty());
+        driver.feed(QByteArray(Connection::maxWaitingBytes + 1, 'x'));
+        QVERIFY(!driver.reading);
+        driver.timeOut();
+        QVERIFY(driver.closed);
     }
 
     void whatDawdlesIsEnded_data()

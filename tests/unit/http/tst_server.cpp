@@ -9,7 +9,11 @@
 #include <QTimer>
 #include <QtTest>
 
+#include <netinet/in.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <unistd.h>
+#include <vector>
 
 using namespace http::server;
 
@@ -52,6 +56,50 @@ void reset(QTcpSocket &socket)
                  sizeof immediately);
     socket.abort();
 }
+
+/// Leaves the process without a free descriptor, with one socket that is not connected yet.
+class AllDescriptorsTaken final
+{
+public:
+    AllDescriptorsTaken()
+    {
+        if (::getrlimit(RLIMIT_NOFILE, &m_limit) != 0)
+            qFatal("There is no limit of open files.");
+        rlimit few = m_limit;
+        few.rlim_cur = std::min<rlim_t>(m_limit.rlim_cur, 256);
+        ::setrlimit(RLIMIT_NOFILE, &few);
+        m_socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        for (int spare = ::dup(m_socket); spare >= 0; spare = ::dup(m_socket))
+            m_spare.push_back(spare);
+    }
+    ~AllDescriptorsTaken()
+    {
+        for (const int spare : m_spare)
+            ::close(spare);
+        ::close(m_socket);
+        ::setrlimit(RLIMIT_NOFILE, &m_limit);
+    }
+    Q_DISABLE_COPY_MOVE(AllDescriptorsTaken)
+
+    [[nodiscard]] bool connectTo(quint16 port) const
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        return ::connect(m_socket, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+    }
+    [[nodiscard]] bool isClosedByServer() const
+    {
+        char byte = 0;
+        return ::recv(m_socket, &byte, 1, MSG_DONTWAIT) == 0;
+    }
+
+private:
+    rlimit m_limit{};
+    int m_socket = -1;
+    std::vector<int> m_spare;
+};
 
 } // namespace
 
@@ -124,7 +172,7 @@ private Q_SLOTS:
         QFETCH(QString, why);
         QTcpServer other;
         QVERIFY(other.listen(QHostAddress::LocalHost));
-        server = std::make_unique<Server>(Limits(), handler);
+        serve();
         QCOMPARE(server->listen(address, other.serverPort()), why);
         QCOMPARE(server->port(), quint16(0));
         QCOMPARE(server->listen(QStringLiteral("127.0.0.1"), 0), QString());
@@ -282,6 +330,44 @@ private Q_SLOTS:
         QVERIFY(socket.waitForConnected());
         socket.write(get("/"));
         QTRY_COMPARE(server->connectionCount(), 1);
+        QTRY_COMPARE(server->connectionCount(), 0);
+    }
+
+    void runningOutOfDescriptorsIsSurvived()
+    {
+        serve();
+        const auto kept = client(server->port(), get("/a"));
+        QByteArray answer;
+        QTRY_VERIFY((answer += kept->readAll()).endsWith("/a"));
+        {
+            AllDescriptorsTaken taken;
+            QVERIFY(taken.connectTo(server->port()));
+            // A connection that cannot be accepted is closed, or it would wake the server for ever.
+            QTRY_VERIFY(taken.isClosedByServer());
+            kept->write(get("/b"));
+            QTRY_VERIFY((answer += kept->readAll()).endsWith("/b"));
+        }
+        const auto later = client(server->port(), get("/c"));
+        answer.clear();
+        QTRY_VERIFY((answer += later->readAll()).endsWith("/c"));
+    }
+
+    void aDepartureIsNoticedWithoutADescriptorToWatchItBy()
+    {
+        int finished = 0;
+        ResponsePointer parked;
+        handler.function = [&](const auto &, const ResponsePointer &response) {
+            parked = response;
+            response->onFinished([&] { ++finished; });
+        };
+        serve();
+        const auto socket = client(server->port(), get("/poll"));
+        QTRY_VERIFY(parked);
+        const AllDescriptorsTaken taken;
+        socket->write(QByteArray(2 * Connection::maxWaitingBytes + 4096, 'x'));
+        QTRY_COMPARE(socket->bytesToWrite(), 0);
+        socket->abort();
+        QTRY_COMPARE(finished, 1);
         QTRY_COMPARE(server->connectionCount(), 0);
     }
 

@@ -32,7 +32,7 @@ static const QByteArray &httpDate()
 
 bool isBodiless(int status)
 {
-    return status == 204 || status == 304;
+    return status == 204 || status == 205 || status == 304;
 }
 
 QByteArray answerHead(const Answer &answer, bool keepsAlive)
@@ -49,7 +49,10 @@ QByteArray answerHead(const Answer &answer, bool keepsAlive)
         head += ": ";
         head += answer.headers.valueAt(i);
     }
-    if (!isBodiless(answer.status)) {
+    // Without a length a 205 would be read until the connection closes; the other two need none.
+    if (answer.status == 205) {
+        head += "\r\nContent-Length: 0";
+    } else if (!isBodiless(answer.status)) {
         head += "\r\nContent-Length: ";
         head += QByteArray::number(answer.body.size());
     }

@@ -8,7 +8,7 @@ namespace http::server {
 
 struct Answer;
 
-/// True if an answer of this status has no body and no Content-Length (RFC 9110, section 6.4.1).
+/// True if an answer of this status has no body (RFC 9110, sections 6.4.1 and 15.3.6).
 [[nodiscard]] TQ_HTTP_EXPORT bool isBodiless(int status);
 
 /// The status line and the header block of `answer`, its empty line included; Content-Length, Date and

@@ -35,8 +35,10 @@ struct HangUpWatch::Handle
 HangUpWatch::HangUpWatch(EventLoopBridge &bridge, int socket, std::function<void()> hungUp)
 {
     const int descriptor = ::fcntl(socket, F_DUPFD_CLOEXEC, 0);
-    if (descriptor < 0)
-        return; // Out of descriptors: the departure is then noticed when reading goes on.
+    if (descriptor < 0) {
+        hungUp(); // A departure that nobody would notice is the greater harm.
+        return;
+    }
     m_handle = new Handle{{}, bridge, descriptor, std::move(hungUp)};
     m_handle->poll.data = m_handle;
     uv_poll_init(bridge.loop(), &m_handle->poll, descriptor);

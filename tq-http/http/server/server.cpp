@@ -87,13 +87,13 @@ Server::Private::~Private()
 
 QString Server::Private::listen(const QString &address, quint16 port)
 {
+    stopListening();
     sockaddr_storage storage{};
     const QByteArray text = address.toUtf8();
     if (uv_ip4_addr(text.constData(), port, reinterpret_cast<sockaddr_in *>(&storage)) != 0
         && uv_ip6_addr(text.constData(), port, reinterpret_cast<sockaddr_in6 *>(&storage)) != 0)
         return QStringLiteral("%1 is no numeric IP address").arg(address);
 
-    stopListening();
     m_listener = new uv_tcp_t{};
     uv_tcp_init(m_bridge.loop(), m_listener);
     m_listener->data = this;

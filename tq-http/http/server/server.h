@@ -29,6 +29,7 @@ protected:
 
 /**
  * An HTTP/1.1 server on one TCP address inside Qt's event loop. Everything runs on the thread that made it.
+ * The process is to ignore SIGPIPE: a client may go away while it is written to.
  */
 class TQ_HTTP_EXPORT Server final
 {
@@ -39,8 +40,8 @@ public:
     ~Server();
     Q_DISABLE_COPY_MOVE(Server)
 
-    /// Listens on a numeric IPv4 or IPv6 address; port 0 takes any free port. Returns an empty string, or why
-    /// it failed, in which case the server is as before.
+    /// Listens on a numeric IPv4 or IPv6 address, and nowhere else; port 0 takes any free port. Returns an
+    /// empty string, or why it failed, in which case the server does not listen.
     [[nodiscard]] QString listen(const QString &address, quint16 port);
 
     /// The bound port; 0 before listen().
