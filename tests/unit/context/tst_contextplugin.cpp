@@ -1,4 +1,5 @@
 #include "exchange.h"
+#include "jsontext.h"
 #include "recordingchunkservice.h"
 
 #include <k7-plugin-api/chunkupdatelistener.h>
@@ -146,6 +147,39 @@ private Q_SLOTS:
         plugin->attachChunkService(bus);
         QCOMPARE(bus.listeners.size(), 2);
         QCOMPARE(bus.listeners.at(0), bus.listeners.at(1));
+    }
+
+    void chunksReachTheBehaviours()
+    {
+        QPluginLoader loader(pluginFile());
+        const std::unique_ptr<QObject> instance(loader.instance());
+        auto *plugin = qobject_cast<VexoServicePlugin *>(instance.get());
+        QVERIFY(plugin != nullptr);
+        plugin->initialize();
+        http::ControllerStrategy &strategy = *plugin->getControllers().front();
+        RecordingChunkService bus;
+        plugin->attachChunkService(bus);
+        ChunkUpdateListener &listener = *bus.listeners.front();
+
+        listener.onChunkUpdated(json(QStringLiteral(
+            R"({"exchange":"vexo-context-rpc-set","body":{"_id":"a","x":1},
+                "properties":{"reply-to":"123456789here"}})")));
+        QCOMPARE(bus.chunks.size(), 2);
+        QCOMPARE(jsonText(bus.chunks.last()),
+                 QStringLiteral(R"({"body":{"x":1},"exchange":"here","properties":{}})"));
+        const Exchange first(strategy, Method::Get, "/context/a/event");
+        QCOMPARE(first.status(), 200);
+
+        const Exchange parked(strategy, Method::Get, "/context/a/event");
+        QVERIFY(!parked.isAnswered());
+        listener.onChunkUpdated(json(QStringLiteral(
+            R"({"exchange":"vexo-context-add-matching-items","body":{"filter":{"x":1},
+                "matchingItems":{"entry":[{"resource":{"id":"r"}}]}}})")));
+        QVERIFY(parked.isAnswered());
+        const QJsonObject woken = QJsonDocument::fromJson(parked.body()).object();
+        QCOMPARE(jsonText(woken), QStringLiteral(R"({"matchingItems":[{"id":"r"}],"x":1})"));
+        QCOMPARE(bus.chunks.size(), 2);
+        plugin->detachChunkService(bus);
     }
 };
 
