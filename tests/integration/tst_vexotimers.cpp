@@ -1,8 +1,11 @@
 #include "hostprocess.h"
 #include "rawclient.h"
+#include "unixclient.h"
 
 #include <QElapsedTimer>
 #include <QtTest>
+
+#include <algorithm>
 
 /// The timers of the context plug-in in the real host, with the real clock: minutes, not milliseconds.
 class VexoTimersTest final : public QObject
@@ -41,11 +44,18 @@ static QByteArray deletion(const QByteArray &id)
 
 void VexoTimersTest::storesTheDefaultValueAndCollects()
 {
-    HostProcess host({QStringLiteral("--plugin"), QStringLiteral(CONTEXT_PLUGIN)},
-                     "[ch.tessel.vexo-service.context]\nttl=1\ndefaultValues=true");
+    const QTemporaryDir directory;
+    const QString wirePath = directory.filePath(QStringLiteral("buswire.sock"));
+    HostProcess host({QStringLiteral("--plugin"), QStringLiteral(CONTEXT_PLUGIN), QStringLiteral("--plugin"),
+                      QStringLiteral(BUSWIRE_PLUGIN)},
+                     "[ch.tessel.vexo-service.context]\nttl=1\ndefaultValues=true\n"
+                     "[ch.tessel.vexo-service.buswire]\nsocket="
+                         + wirePath.toUtf8());
     QElapsedTimer clock;
     clock.start();
     QVERIFY(host.start());
+    UnixClient wire(wirePath);
+    QVERIFY(wire.isConnected());
     const QByteArray body = R"({"patient":"a"})";
     QCOMPARE(
         exchange(host.port(), "PUT /context/desk HTTP/1.1\r\nHost: x\r\nContent-Type: application/json\r\n"
@@ -62,6 +72,15 @@ void VexoTimersTest::storesTheDefaultValueAndCollects()
     QVERIFY2(awaitLine(host, deletion({}), 140000), host.readLog().constData());
     QCOMPARE(exchange(host.port(), "GET /context/desk HTTP/1.1\r\nHost: x\r\n\r\n"),
              QByteArrayLiteral("404"));
+
+    // The bus has heard of the first store, of both removals, and of no default value.
+    QVERIFY(wire.readLine().contains("context-changed"));
+    QByteArrayList removed{wire.readLine(), wire.readLine()};
+    std::sort(removed.begin(), removed.end());
+    QCOMPARE(removed.value(0),
+             QByteArrayLiteral(R"({"data":{"contextId":""},"exchange":"context-removed"})"));
+    QCOMPARE(removed.value(1),
+             QByteArrayLiteral(R"({"data":{"contextId":"desk"},"exchange":"context-removed"})"));
 }
 
 QTEST_GUILESS_MAIN(VexoTimersTest)
