@@ -1,0 +1,91 @@
+#include "fhir/stu3/coding.h"
+#include "fhir/stu3/serialization/codingfromjson.h"
+#include "fhir/stu3/serialization/codingtojson.h"
+
+#include <QJsonObject>
+#include <QtTest>
+
+using domain::Coding;
+
+static Coding fullCoding()
+{
+    Coding coding;
+    coding.setSystem(QStringLiteral("s"));
+    coding.setVersion(QStringLiteral("v"));
+    coding.setCode(QStringLiteral("c"));
+    coding.setDisplay(QStringLiteral("d"));
+    coding.setUserSelected(true);
+    return coding;
+}
+
+static const QJsonObject fullJson{{QStringLiteral("system"), QStringLiteral("s")},
+                                  {QStringLiteral("version"), QStringLiteral("v")},
+                                  {QStringLiteral("code"), QStringLiteral("c")},
+                                  {QStringLiteral("display"), QStringLiteral("d")},
+                                  {QStringLiteral("userSelected"), true}};
+
+class TestCoding final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void isEmptyWhenNew();
+    void isEmptyByItsTextsAlone();
+    void isReadWhole();
+    void isClearedByAnEmptyObject();
+    void isWrittenWithWhatItHolds();
+};
+
+void TestCoding::isEmptyWhenNew()
+{
+    const Coding coding;
+    QVERIFY(coding.isEmpty());
+    QVERIFY(!coding.userSelected());
+    QVERIFY(coding.system().isEmpty() && coding.version().isEmpty());
+    QVERIFY(coding.code().isEmpty() && coding.display().isEmpty());
+}
+
+void TestCoding::isEmptyByItsTextsAlone()
+{
+    Coding coding;
+    coding.setUserSelected(true);
+    QVERIFY(coding.isEmpty());
+    const auto setters = {&Coding::setSystem, &Coding::setVersion, &Coding::setCode, &Coding::setDisplay};
+    for (const auto setter : setters) {
+        Coding one;
+        (one.*setter)(QStringLiteral("x"));
+        QVERIFY(!one.isEmpty());
+    }
+}
+
+void TestCoding::isReadWhole()
+{
+    Coding coding;
+    fhir::stu3::CodingFromJson(coding, fullJson).parse();
+    QCOMPARE(coding.system(), QStringLiteral("s"));
+    QCOMPARE(coding.version(), QStringLiteral("v"));
+    QCOMPARE(coding.code(), QStringLiteral("c"));
+    QCOMPARE(coding.display(), QStringLiteral("d"));
+    QCOMPARE(coding.userSelected(), true);
+}
+
+void TestCoding::isClearedByAnEmptyObject()
+{
+    Coding coding = fullCoding();
+    fhir::stu3::CodingFromJson(coding, QJsonObject()).parse();
+    QVERIFY(coding.isEmpty());
+    QVERIFY(!coding.userSelected());
+}
+
+void TestCoding::isWrittenWithWhatItHolds()
+{
+    QCOMPARE(fhir::stu3::CodingToJson(fullCoding()).toJson(), fullJson);
+    QCOMPARE(fhir::stu3::CodingToJson(Coding()).toJson(), QJsonObject());
+    Coding coding;
+    coding.setCode(QStringLiteral("c"));
+    QCOMPARE(fhir::stu3::CodingToJson(coding).toJson(),
+             (QJsonObject{{QStringLiteral("code"), QStringLiteral("c")}}));
+}
+
+QTEST_GUILESS_MAIN(TestCoding)
+#include "tst_coding.moc"
