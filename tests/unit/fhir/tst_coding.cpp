@@ -5,7 +5,23 @@
 #include <QJsonObject>
 #include <QtTest>
 
+#include <type_traits>
+#include <utility>
+
 using domain::Coding;
+
+static_assert(std::is_same_v<decltype(&Coding::system), const QString &(Coding::*)() const>);
+static_assert(std::is_same_v<decltype(&Coding::version), const QString &(Coding::*)() const>);
+static_assert(std::is_same_v<decltype(&Coding::code), const QString &(Coding::*)() const>);
+static_assert(std::is_same_v<decltype(&Coding::display), const QString &(Coding::*)() const>);
+static_assert(std::is_same_v<decltype(&Coding::userSelected), bool (Coding::*)() const>);
+static_assert(std::is_same_v<decltype(&Coding::isEmpty), bool (Coding::*)() const>);
+
+static_assert(std::is_same_v<decltype(&Coding::setSystem), void (Coding::*)(QString)>);
+static_assert(std::is_same_v<decltype(&Coding::setVersion), void (Coding::*)(QString)>);
+static_assert(std::is_same_v<decltype(&Coding::setCode), void (Coding::*)(QString)>);
+static_assert(std::is_same_v<decltype(&Coding::setDisplay), void (Coding::*)(QString)>);
+static_assert(std::is_same_v<decltype(&Coding::setUserSelected), void (Coding::*)(bool)>);
 
 static Coding fullCoding()
 {
@@ -16,6 +32,15 @@ static Coding fullCoding()
     coding.setDisplay(QStringLiteral("d"));
     coding.setUserSelected(true);
     return coding;
+}
+
+static void isFull(const Coding &coding)
+{
+    QCOMPARE(coding.system(), QStringLiteral("s"));
+    QCOMPARE(coding.version(), QStringLiteral("v"));
+    QCOMPARE(coding.code(), QStringLiteral("c"));
+    QCOMPARE(coding.display(), QStringLiteral("d"));
+    QCOMPARE(coding.userSelected(), true);
 }
 
 static const QJsonObject fullJson{{QStringLiteral("system"), QStringLiteral("s")},
@@ -31,6 +56,7 @@ class TestCoding final : public QObject
 private Q_SLOTS:
     void isEmptyWhenNew();
     void isEmptyByItsTextsAlone();
+    void isCopiedAlsoWhereItCouldBeMoved();
     void isReadWhole();
     void isClearedByAnEmptyObject();
     void isWrittenWithWhatItHolds();
@@ -58,15 +84,25 @@ void TestCoding::isEmptyByItsTextsAlone()
     }
 }
 
+void TestCoding::isCopiedAlsoWhereItCouldBeMoved()
+{
+    Coding source = fullCoding();
+    const Coding copied(source);
+    isFull(copied);
+    const Coding constructed(std::move(source));
+    isFull(constructed);
+    isFull(source);
+    Coding assigned;
+    assigned = std::move(source);
+    isFull(assigned);
+    isFull(source);
+}
+
 void TestCoding::isReadWhole()
 {
     Coding coding;
     fhir::stu3::CodingFromJson(coding, fullJson).parse();
-    QCOMPARE(coding.system(), QStringLiteral("s"));
-    QCOMPARE(coding.version(), QStringLiteral("v"));
-    QCOMPARE(coding.code(), QStringLiteral("c"));
-    QCOMPARE(coding.display(), QStringLiteral("d"));
-    QCOMPARE(coding.userSelected(), true);
+    isFull(coding);
 }
 
 void TestCoding::isClearedByAnEmptyObject()
