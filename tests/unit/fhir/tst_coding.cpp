@@ -1,8 +1,5 @@
 #include "fhir/stu3/coding.h"
-#include "fhir/stu3/serialization/codingfromjson.h"
-#include "fhir/stu3/serialization/codingtojson.h"
 
-#include <QJsonObject>
 #include <QtTest>
 
 #include <type_traits>
@@ -43,12 +40,6 @@ static void isFull(const Coding &coding)
     QCOMPARE(coding.userSelected(), true);
 }
 
-static const QJsonObject fullJson{{QStringLiteral("system"), QStringLiteral("s")},
-                                  {QStringLiteral("version"), QStringLiteral("v")},
-                                  {QStringLiteral("code"), QStringLiteral("c")},
-                                  {QStringLiteral("display"), QStringLiteral("d")},
-                                  {QStringLiteral("userSelected"), true}};
-
 class TestCoding final : public QObject
 {
     Q_OBJECT
@@ -57,9 +48,6 @@ private Q_SLOTS:
     void isEmptyWhenNew();
     void isEmptyByItsTextsAlone();
     void isCopiedAlsoWhereItCouldBeMoved();
-    void isReadWhole();
-    void isClearedByAnEmptyObject();
-    void isWrittenWithWhatItHolds();
 };
 
 void TestCoding::isEmptyWhenNew()
@@ -96,31 +84,6 @@ void TestCoding::isCopiedAlsoWhereItCouldBeMoved()
     assigned = std::move(source);
     isFull(assigned);
     isFull(source);
-}
-
-void TestCoding::isReadWhole()
-{
-    Coding coding;
-    fhir::stu3::CodingFromJson(coding, fullJson).parse();
-    isFull(coding);
-}
-
-void TestCoding::isClearedByAnEmptyObject()
-{
-    Coding coding = fullCoding();
-    fhir::stu3::CodingFromJson(coding, QJsonObject()).parse();
-    QVERIFY(coding.isEmpty());
-    QVERIFY(!coding.userSelected());
-}
-
-void TestCoding::isWrittenWithWhatItHolds()
-{
-    QCOMPARE(fhir::stu3::CodingToJson(fullCoding()).toJson(), fullJson);
-    QCOMPARE(fhir::stu3::CodingToJson(Coding()).toJson(), QJsonObject());
-    Coding coding;
-    coding.setCode(QStringLiteral("c"));
-    QCOMPARE(fhir::stu3::CodingToJson(coding).toJson(),
-             (QJsonObject{{QStringLiteral("code"), QStringLiteral("c")}}));
 }
 
 QTEST_GUILESS_MAIN(TestCoding)
