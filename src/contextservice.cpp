@@ -2,8 +2,8 @@
 
 #include "chunkbehaviour.h"
 #include "chunkserviceproxy.h"
-#include "constants/context.h"
 #include "contextcollector.h"
+#include "contextdata.h"
 #include "structure/chunk/contextcreated.h"
 #include "structure/chunk/contextremoved.h"
 
@@ -39,46 +39,6 @@ static void logSetting(const QString &id, const QJsonValue &value)
     } else {
         qCDebug(contextServiceLogging) << "Setting context" << id << "to unknown" << value;
     }
-}
-
-static bool isDerivedKey(const QString &key)
-{
-    return key == QLatin1String("matchingItems")
-           || key == constants::structure::context::actionRequestsKeyName()
-           || key == constants::structure::context::inboxKeyName() || key == QLatin1String("attachments");
-}
-
-// The keys of `next` that change the context's data. A removed key is deliberately no change, nor is a new
-// key whose value is null.
-static QJsonObject changedKeys(const QJsonObject &old, const QJsonObject &next)
-{
-    QJsonObject changed;
-    for (auto it = next.constBegin(); it != next.constEnd(); ++it) {
-        const QString key = it.key();
-        if (isDerivedKey(key))
-            continue;
-        const auto before = old.constFind(key);
-        const QJsonValue value = it.value();
-        if (before == old.constEnd() ? !value.isNull() : before.value() != value)
-            changed.insert(key, value);
-    }
-    return changed;
-}
-
-// Built anew: Qt's object keeps the bytes of a value that is replaced in it, so that a context merged in
-// place would grow with every update.
-static QJsonObject merged(const QJsonObject &current, const QJsonObject &update)
-{
-    QJsonObject result;
-    for (auto it = current.constBegin(); it != current.constEnd(); ++it) {
-        const auto changed = update.constFind(it.key());
-        result.insert(it.key(), changed == update.constEnd() ? it.value() : changed.value());
-    }
-    for (auto it = update.constBegin(); it != update.constEnd(); ++it) {
-        if (!current.contains(it.key()))
-            result.insert(it.key(), it.value());
-    }
-    return result;
 }
 
 ContextService::ContextService(ChunkServiceProxy &chunkServiceProxy, FileService &fileService)
@@ -186,7 +146,7 @@ QJsonValue ContextService::store(const QString &id, QJsonValue &&value, QJsonObj
     }
     // A value that is no object deliberately leaves an empty one.
     QJsonObject next = value.toObject();
-    update = changedKeys(stored.toObject(), next);
+    update = contextdata::changedKeys(stored.toObject(), next);
     if (!update.isEmpty()) {
         qCDebug(contextServiceLogging) << update.keys() << "keys changed. Delete matching items.";
         next.insert(QStringLiteral("matchingItems"), QJsonArray());
@@ -220,7 +180,7 @@ QJsonValue ContextService::updateContext(const QString &id, const QJsonValue &up
     }
     if (!current.isObject() || !update.isObject())
         return QJsonValue::Null;
-    const QJsonObject result = merged(current.toObject(), update.toObject());
+    const QJsonObject result = contextdata::merged(current.toObject(), update.toObject());
     setContext(id, result);
     return result;
 }
