@@ -1,9 +1,12 @@
 #include "contextservice.h"
 
+#include "attachmententry.h"
 #include "chunkbehaviour.h"
 #include "chunkserviceproxy.h"
 #include "contextcollector.h"
 #include "contextdata.h"
+#include "fhir/stu3/coding.h"
+#include "fileservice.h"
 #include "structure/chunk/contextcreated.h"
 #include "structure/chunk/contextremoved.h"
 
@@ -39,6 +42,11 @@ static void logSetting(const QString &id, const QJsonValue &value)
     } else {
         qCDebug(contextServiceLogging) << "Setting context" << id << "to unknown" << value;
     }
+}
+
+static QString fileKey(const QString &id, const QString &fileName)
+{
+    return id + QLatin1Char('_') + fileName;
 }
 
 ContextService::ContextService(ChunkServiceProxy &chunkServiceProxy, FileService &fileService)
@@ -183,6 +191,45 @@ QJsonValue ContextService::updateContext(const QString &id, const QJsonValue &up
     const QJsonObject result = contextdata::merged(current.toObject(), update.toObject());
     setContext(id, result);
     return result;
+}
+
+void ContextService::addFile(const QString &id, const QString &fileName, const QByteArray &bytes,
+                             domain::Coding coding)
+{
+    const QString key = fileKey(id, fileName);
+    if (m_fileService.hasFile(key)) {
+        qCDebug(contextServiceLogging) << "File already exists, overwrite content only.";
+        m_fileService.setFile(key, bytes);
+        return;
+    }
+    const QJsonObject context = m_contexts.value(id).toObject();
+    QJsonArray attachments = context.value(QLatin1String("attachments")).toArray();
+    attachments.append(attachmententry::create(id, fileName, coding));
+    QJsonObject update{{QStringLiteral("attachments"), attachments}};
+    if (!context.contains(QLatin1String("_id")))
+        update.insert(QStringLiteral("_id"), id);
+    m_fileService.setFile(key, bytes);
+    updateContext(id, update);
+}
+
+void ContextService::removeFile(const QString &id, const QString &fileName)
+{
+    const QJsonArray attachments = getContext(id).toObject().value(QLatin1String("attachments")).toArray();
+    QJsonArray kept;
+    for (const QJsonValue &entry : attachments) {
+        if (attachmententry::fileName(entry) == fileName) {
+            m_fileService.removeFile(fileKey(id, fileName));
+        } else {
+            kept.append(entry);
+        }
+    }
+    updateContext(id, QJsonObject{{QStringLiteral("attachments"), kept}});
+}
+
+QByteArray ContextService::getFile(const QString &id, const QString &fileName)
+{
+    const QString key = fileKey(id, fileName);
+    return m_fileService.hasFile(key) ? m_fileService.getFile(key) : QByteArray();
 }
 
 void ContextService::pushChunk(const QJsonValue &chunk)
