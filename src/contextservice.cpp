@@ -7,6 +7,7 @@
 #include "contextdata.h"
 #include "fhir/stu3/coding.h"
 #include "fileservice.h"
+#include "pairedresources.h"
 #include "structure/chunk/contextcreated.h"
 #include "structure/chunk/contextremoved.h"
 
@@ -16,7 +17,6 @@
 #include <QJsonObject>
 #include <QLoggingCategory>
 #include <QTimer>
-#include <QVector>
 
 #include <utility>
 
@@ -240,21 +240,5 @@ void ContextService::pushChunk(const QJsonValue &chunk)
 
 QJsonArray ContextService::updateResourceArrays(const QJsonArray &first, const QJsonArray &second)
 {
-    if (first.isEmpty())
-        return second;
-    if (second.isEmpty())
-        return first;
-    const auto idOf = [](const QJsonValue &element) { return element[QLatin1String("id")].toString(); };
-    QVector<QString> secondIds;
-    secondIds.reserve(second.size());
-    for (const QJsonValue &element : second)
-        secondIds.append(idOf(element));
-    QJsonArray result;
-    for (const QJsonValue &element : first) {
-        const QString id = idOf(element);
-        // One element for each pair is deliberate, so that the size is the product of both sizes.
-        for (int i = 0; i < second.size(); ++i)
-            result.append(id == secondIds.at(i) ? second.at(i) : element);
-    }
-    return result;
+    return pairedResources(first, second);
 }
