@@ -2,21 +2,31 @@
 
 #include "addactionrequestsbehaviour.h"
 #include "addmatchingitemsbehaviour.h"
+#include "pluginsettings.h"
 #include "rpccreatecontextbehaviour.h"
 #include "rpcdeletecontextbehaviour.h"
 #include "rpcsetcontextbehaviour.h"
 #include "rpcupdatecontextbehaviour.h"
+#include "writecardtoxmlbehaviour.h"
+#include "writevekatoxmlbehaviour.h"
 
-ChunkBehaviourFactory::ChunkBehaviourFactory(ChunkServiceProxy &chunkServiceProxy,
+#include <initializer_list>
+
+ChunkBehaviourFactory::ChunkBehaviourFactory(CardService &cardService, ChunkServiceProxy &chunkServiceProxy,
                                              ContextService &contextService)
-    : m_chunkServiceProxy(chunkServiceProxy)
+    : m_cardService(cardService)
+    , m_chunkServiceProxy(chunkServiceProxy)
     , m_contextService(contextService)
 {
 }
 
 std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
 {
-    return {
+    std::vector<ChunkBehaviour *> behaviours;
+    // Also with an empty text: that means the current directory.
+    if (readXmlDirectory().isValid())
+        behaviours = {new WriteCardToXmlBehaviour, new WriteVekaToXmlBehaviour(m_cardService)};
+    const std::initializer_list<ChunkBehaviour *> always{
         new RpcCreateContextBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcDeleteContextBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcSetContextBehaviour(m_chunkServiceProxy, m_contextService),
@@ -24,4 +34,6 @@ std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
         new AddMatchingItemsBehaviour(m_contextService),
         new AddActionRequestsBehaviour(m_contextService),
     };
+    behaviours.insert(behaviours.end(), always);
+    return behaviours;
 }

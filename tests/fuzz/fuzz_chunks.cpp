@@ -1,3 +1,4 @@
+#include "cardservice.h"
 #include "chunkbehaviourfactory.h"
 #include "chunkfrombytes.h"
 #include "chunklistener.h"
@@ -39,7 +40,7 @@ public:
     Plugin()
     {
         m_proxy.setChunkService(&m_bus);
-        m_contexts.setBehaviours(ChunkBehaviourFactory(m_proxy, m_contexts).createBehaviours());
+        m_contexts.setBehaviours(ChunkBehaviourFactory(m_cards, m_proxy, m_contexts).createBehaviours());
     }
 
     // Leaves nothing of the input before.
@@ -88,9 +89,10 @@ public:
 private:
     RecordingChunkService m_bus;
     ChunkServiceProxy m_proxy;
+    CardService m_cards;
     FileService m_files;
     ContextService m_contexts{m_proxy, m_files};
-    ChunkListener m_listener{m_contexts};
+    ChunkListener m_listener{m_cards, m_contexts};
 };
 
 } // namespace

@@ -1,8 +1,11 @@
+#include "carddirectory.h"
 #include "chunkbehaviourfactory.h"
 #include "chunklistener.h"
 #include "rpcfixture.h"
 
 #include <QLoggingCategory>
+
+#include <memory>
 
 namespace {
 
@@ -48,7 +51,7 @@ struct Plugin : ContextStore
 {
     Plugin()
     {
-        contexts.setBehaviours(ChunkBehaviourFactory(proxy, contexts).createBehaviours());
+        contexts.setBehaviours(ChunkBehaviourFactory(cards, proxy, contexts).createBehaviours());
         contexts.setContext(keptId, kept);
         bus.chunks.clear();
         events.clear();
@@ -60,8 +63,13 @@ struct Plugin : ContextStore
 
     const QString keptId = QStringLiteral("kept");
     const QJsonValue kept = json(QStringLiteral(R"({"x":{"y":[1,"a"]}})"));
-    ChunkListener listener{contexts};
+    ChunkListener listener{cards, contexts};
 };
+
+QString vekaXml(const QString &cardholder)
+{
+    return QStringLiteral("<unique_id>%1</unique_id>").arg(cardholder);
+}
 
 struct Value
 {
@@ -116,7 +124,13 @@ class BehaviourSetTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QLoggingCategory::setFilterRules(QStringLiteral("*=false")); }
+    void init()
+    {
+        QLoggingCategory::setFilterRules(QStringLiteral("*=false"));
+        m_directory = std::make_unique<CardDirectory>();
+        QVERIFY(m_directory->isReady());
+    }
+    void cleanup() { m_directory.reset(); }
 
     void chunkOfNobodyVanishes_data()
     {
@@ -146,6 +160,7 @@ private Q_SLOTS:
         QCOMPARE(plugin.contexts.getContextKeys(), QStringList(plugin.keptId));
         QVERIFY(plugin.isIntact());
         QVERIFY(plugin.bus.chunks.isEmpty());
+        QCOMPARE(m_directory->files(), QStringList());
     }
 
     void linesOfAllBehavioursAreCounted_data()
@@ -259,6 +274,74 @@ private Q_SLOTS:
         QVERIFY(stored.contains(entries.at(2)[QLatin1String("resource")]));
     }
 
+    void strangeCards_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QJsonValue>("value");
+        for (const char *source : {"Vexo", "veka"}) {
+            for (const Value &strange : strangeValues())
+                QTest::addRow("%s, %s", source, strange.name) << QString::fromLatin1(source) << strange.value;
+        }
+    }
+    void strangeCards()
+    {
+        QFETCH(QString, source);
+        QFETCH(QJsonValue, value);
+        Plugin plugin;
+        {
+            const BehaviourLines lines;
+            plugin.deliver(QJsonObject{{QStringLiteral("source"), source}, {QStringLiteral("data"), value}});
+            plugin.deliver(
+                QJsonObject{{QStringLiteral("source"), value},
+                            {QStringLiteral("data"), cardXml(QStringLiteral("1"), QStringLiteral("2"))
+                                                         + vekaXml(QStringLiteral("1"))}});
+            QCOMPARE(lines.count(), 0);
+        }
+        QVERIFY(plugin.isIntact());
+        QVERIFY(plugin.bus.chunks.isEmpty());
+        QCOMPARE(m_directory->files(), QStringList());
+    }
+
+    void chunkForTwoIsActedOnByBothInTheOrderOfTheSet()
+    {
+        Plugin plugin;
+        QStringList filesAtTheChange;
+        plugin.onPublish = [&] { filesAtTheChange = m_directory->files(); };
+        QJsonObject chunk =
+            request(QStringLiteral("vexo-context-rpc-set"), QStringLiteral(R"({"_id":"a","x":1})"))
+                .toObject();
+        chunk.insert(QStringLiteral("source"), QStringLiteral("Vexo"));
+        chunk.insert(QStringLiteral("data"), cardXml(QStringLiteral("1"), QStringLiteral("10")));
+        plugin.deliver(chunk);
+        QCOMPARE(m_directory->files(), QStringList(QStringLiteral("adm_10.xml")));
+        QCOMPARE(published(plugin).last(), answer(QStringLiteral(R"({"x":1})")));
+        QCOMPARE(filesAtTheChange, QStringList(QStringLiteral("adm_10.xml")));
+
+        chunk.insert(QStringLiteral("source"), QStringLiteral("veka"));
+        chunk.insert(QStringLiteral("data"), vekaXml(QStringLiteral("1")));
+        plugin.bus.chunks.clear();
+        plugin.deliver(chunk);
+        QCOMPARE(m_directory->files(),
+                 QStringList({QStringLiteral("adm_10.xml"), QStringLiteral("vkc_10.xml")}));
+        QCOMPARE(published(plugin), QStringList(answer(QStringLiteral(R"({"x":1})"))));
+    }
+
+    // The writers stay in the set, and a set that was made without them gets none.
+    void settingThatIsRemovedOrAddedLater()
+    {
+        Plugin plugin;
+        QVERIFY(m_directory->setLine(QStringLiteral("another=key")));
+        Plugin withoutWriters;
+        plugin.deliver(cardChunk(QStringLiteral("Vexo"), cardXml(QStringLiteral("1"), QStringLiteral("10"))));
+        QCOMPARE(m_directory->files(), QStringList());
+        QVERIFY(m_directory->set(m_directory->path()));
+        withoutWriters.deliver(
+            cardChunk(QStringLiteral("Vexo"), cardXml(QStringLiteral("1"), QStringLiteral("11"))));
+        QCOMPARE(m_directory->files(), QStringList());
+        plugin.deliver(cardChunk(QStringLiteral("veka"), vekaXml(QStringLiteral("1"))));
+        QCOMPARE(m_directory->files(), QStringList(QStringLiteral("vkc_10.xml")));
+    }
+
     // After anything at all the set still does its work.
     void setStillAnswersAfterEverything()
     {
@@ -293,6 +376,8 @@ private:
                     << QString::fromLatin1(exchange) << strange.value;
         }
     }
+
+    std::unique_ptr<CardDirectory> m_directory;
 };
 
 QTEST_GUILESS_MAIN(BehaviourSetTest)
