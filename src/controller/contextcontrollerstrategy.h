@@ -21,8 +21,13 @@ class ContextService;
  *     GET, PUT, DELETE   /context/{id}         ContextController, unless the Content-Type is set and is not
  *                                              exactly "application/json"
  *     GET, DELETE        /context/{id}/event   ContextEventController
+ *     POST               /context/{id}$form    ContextFormController, under the same condition; the id may
+ *                                              have a slash behind it
+ *     POST               /context/{id}/credentials
+ *                                              ContextCredentialsController, under the same condition
  *
- * An id consists of ASCII letters and digits, and one trailing slash is allowed. Event-loop thread only.
+ * An id consists of ASCII letters and digits, and one trailing slash is allowed except behind $form.
+ * Event-loop thread only.
  */
 class ContextControllerStrategy final : public http::ControllerStrategy
 {
@@ -36,7 +41,8 @@ public:
     [[nodiscard]] http::Controller *createController(QSharedPointer<http::server::Request> request) override;
 
     /// The bus for controllers that publish; null until there is one. It is kept, and not owned, from then
-    /// on.
+    /// on, and given to every such controller even after the bus has gone. If the store's proxy holds it now,
+    /// the controllers ask the proxy before they touch it.
     void setChunkService(ChunkService *chunkService);
 
     /// For each id, the context as a long poll last delivered it, to whichever client. Entries are never
@@ -52,11 +58,14 @@ public:
 private:
     [[nodiscard]] http::Controller *createForGetOrDelete(const http::server::Request &request,
                                                          const QString &url);
-    [[nodiscard]] http::Controller *createForPost(const QString &url);
+    [[nodiscard]] http::Controller *createForPost(const http::server::Request &request, const QString &url);
+    [[nodiscard]] http::Controller *createCredentialsController(const http::server::Request &request,
+                                                                const QString &contextId);
 
     ContextService &m_contextService;
     ChunkService *m_chunkService = nullptr;
     QMap<QString, QJsonObject> m_lastSentContexts;
+    bool m_chunkServiceIsProxied = false;
     ContextChangeRouter m_changeRouter;
     QJsonObject m_lastObject;
     QByteArray m_lastText;
