@@ -5,6 +5,7 @@
 #include "contextcreatecontroller.h"
 #include "contextcredentialscontroller.h"
 #include "contexteventcontroller.h"
+#include "contextfilegetcontroller.h"
 #include "contextformcontroller.h"
 #include "contextservice.h"
 
@@ -13,6 +14,7 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 #include <QUrl>
+#include <QUrlQuery>
 
 using http::server::Request;
 
@@ -34,6 +36,13 @@ static QRegularExpression contextInstanceEventRegularExpression()
     return expression;
 }
 
+static QRegularExpression contextInstanceFileWithNameRegularExpression()
+{
+    static const QRegularExpression expression(
+        QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/file\/([a-zA-Z0-9_\-\.%]+)\/?$)"));
+    return expression;
+}
+
 static QRegularExpression contextActionFormRegularExpression()
 {
     static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/?\$form$)"));
@@ -52,6 +61,20 @@ static bool passesContentTypeGate(const Request &request)
 {
     const QString contentType = request.header(QStringLiteral("Content-Type"));
     return contentType.isEmpty() || contentType == QLatin1String("application/json");
+}
+
+static http::Controller *createFileGetController(ContextService &contextService, const QUrl &url)
+{
+    const QRegularExpressionMatch match =
+        contextInstanceFileWithNameRegularExpression().match(url.path(QUrl::FullyDecoded));
+    if (!match.hasMatch())
+        return nullptr;
+    // Deliberately decoded a second time: clients reach a name with a blank as "%2520".
+    const QString name = QUrl::fromPercentEncoding(match.captured(2).toUtf8());
+    const QUrlQuery query(url);
+    const bool download = query.queryItemValue(QStringLiteral("download")) == QLatin1String("true");
+    return new ContextFileGetController(contextService, match.captured(1), name, download,
+                                        query.queryItemValue(QStringLiteral("filename")));
 }
 
 static http::Controller *createContextController(ContextService &contextService, const Request &request,
@@ -105,6 +128,8 @@ QByteArray ContextControllerStrategy::indentedJson(const QJsonObject &context)
 
 http::Controller *ContextControllerStrategy::createForGetOrDelete(const Request &request, const QString &url)
 {
+    if (http::Controller *file = createFileGetController(m_contextService, request.url()))
+        return file;
     const QRegularExpressionMatch event = contextInstanceEventRegularExpression().match(url);
     if (event.hasMatch())
         return new ContextEventController(*this, m_contextService, request.method(), event.captured(1));
