@@ -3,11 +3,13 @@
 #include "addactionrequestsbehaviour.h"
 #include "addmatchingitemsbehaviour.h"
 #include "pluginsettings.h"
+#include "removeattachmentsbehaviour.h"
 #include "rpccreatecontextbehaviour.h"
 #include "rpcdeletecontextbehaviour.h"
 #include "rpcsetcontextbehaviour.h"
 #include "rpcupdatecontextbehaviour.h"
 #include "writecardtoxmlbehaviour.h"
+#include "writefiletocontextbehaviour.h"
 #include "writevekatoxmlbehaviour.h"
 
 #include <initializer_list>
@@ -27,12 +29,14 @@ std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
     if (readXmlDirectory().isValid())
         behaviours = {new WriteCardToXmlBehaviour, new WriteVekaToXmlBehaviour(m_cardService)};
     const std::initializer_list<ChunkBehaviour *> always{
+        new WriteFileToContextBehaviour(m_contextService),
         new RpcCreateContextBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcDeleteContextBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcSetContextBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcUpdateContextBehaviour(m_chunkServiceProxy, m_contextService),
         new AddMatchingItemsBehaviour(m_contextService),
         new AddActionRequestsBehaviour(m_contextService),
+        new RemoveAttachmentsBehaviour(m_contextService),
     };
     behaviours.insert(behaviours.end(), always);
     return behaviours;

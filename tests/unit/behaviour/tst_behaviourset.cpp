@@ -12,6 +12,7 @@ namespace {
 const char *const exchanges[] = {
     "vexo-context-rpc-create", "vexo-context-rpc-delete",         "vexo-context-rpc-set",
     "vexo-context-rpc-update", "vexo-context-add-matching-items", "vexo-context-add-action-requests",
+    "vexo-context-add-file",   "vexo-context-attachments-remove",
 };
 
 // Counts what is logged by the behaviours, at any level.
@@ -167,8 +168,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("exchange");
         for (const char *exchange : exchanges) {
-            if (!QLatin1String(exchange).endsWith(QLatin1String("create"))
-                && !QLatin1String(exchange).endsWith(QLatin1String("delete")))
+            const QLatin1String name(exchange);
+            const bool isSilent =
+                name.endsWith(QLatin1String("create")) || name.endsWith(QLatin1String("delete"))
+                || name.endsWith(QLatin1String("file")) || name.endsWith(QLatin1String("remove"));
+            if (!isSilent)
                 QTest::newRow(exchange) << QString::fromLatin1(exchange);
         }
     }
@@ -192,8 +196,10 @@ private Q_SLOTS:
         QVERIFY(plugin.isIntact());
         const bool creates = exchange.endsWith(QLatin1String("create"));
         const bool deletes = exchange.endsWith(QLatin1String("delete"));
-        QCOMPARE(plugin.contexts.getContextKeys().size(), creates ? 2 : 1);
-        QCOMPARE(plugin.bus.chunks.size(), creates ? 3 : deletes ? 2 : 0);
+        const bool addsFile = exchange.endsWith(QLatin1String("file"));
+        QCOMPARE(plugin.contexts.getContextKeys().size(), creates || addsFile ? 2 : 1);
+        QCOMPARE(plugin.contexts.getContextKeys().contains(QString()), addsFile);
+        QCOMPARE(plugin.bus.chunks.size(), creates ? 3 : deletes ? 2 : addsFile ? 1 : 0);
         QVERIFY(!deletes
                 || jsonText(plugin.bus.chunks.at(1)[QLatin1String("body")])
                        == QLatin1String(R"({"context":""})"));
@@ -215,6 +221,9 @@ private Q_SLOTS:
         if (writes) {
             QCOMPARE(plugin.contexts.getContextKeys().contains(id), !id.isEmpty());
             QCOMPARE(plugin.bus.chunks.size(), id.isEmpty() ? 0 : 2);
+        } else if (exchange.endsWith(QLatin1String("file"))) {
+            QVERIFY(plugin.contexts.getContextKeys().contains(id));
+            QVERIFY(plugin.files.hasFile(id + QLatin1Char('_')));
         } else if (exchange.endsWith(QLatin1String("delete"))) {
             QVERIFY(plugin.bus.chunks.at(1)[QLatin1String("body")][QLatin1String("context")]
                     == QJsonValue(id));
@@ -236,7 +245,8 @@ private Q_SLOTS:
                 {QStringLiteral("body"), QJsonObject{{QStringLiteral("_id"), QStringLiteral("a")}}}});
             QVERIFY(plugin.isIntact());
             if (!exchange.contains(QLatin1String("-rpc-"))) {
-                QVERIFY(plugin.bus.chunks.isEmpty());
+                const bool addsFile = exchange.endsWith(QLatin1String("file"));
+                QCOMPARE(plugin.bus.chunks.size(), addsFile ? 1 : 0);
                 continue;
             }
             const QJsonValue reply = plugin.bus.chunks.last();
@@ -247,7 +257,38 @@ private Q_SLOTS:
         }
     }
 
-    void strangeFiltersAndResources_data() { places(QStringLiteral("-add-")); }
+    void strangeFiles_data()
+    {
+        QTest::addColumn<QJsonValue>("value");
+        for (const Value &strange : strangeValues())
+            QTest::newRow(strange.name) << strange.value;
+    }
+    void strangeFiles()
+    {
+        QFETCH(QJsonValue, value);
+        Plugin plugin;
+        const QString target = QStringLiteral("target");
+        const QJsonObject added{{QStringLiteral("context"), target},
+                                {QStringLiteral("filename"), value},
+                                {QStringLiteral("content"), value},
+                                {QStringLiteral("type"), value}};
+        plugin.deliver(QJsonObject{{QStringLiteral("exchange"), QStringLiteral("vexo-context-add-file")},
+                                   {QStringLiteral("body"), added}});
+        const QString key = target + QLatin1Char('_') + value.toString();
+        QVERIFY(plugin.files.hasFile(key));
+        QVERIFY(plugin.contexts.getContextKeys().contains(target));
+        for (const QJsonValue &names : {value, QJsonValue(QJsonArray{value})}) {
+            const QJsonObject removed{{QStringLiteral("context"), target},
+                                      {QStringLiteral("attachments"), names}};
+            plugin.deliver(
+                QJsonObject{{QStringLiteral("exchange"), QStringLiteral("vexo-context-attachments-remove")},
+                            {QStringLiteral("body"), removed}});
+        }
+        QVERIFY(plugin.isIntact());
+        QVERIFY(!plugin.files.hasFile(key));
+    }
+
+    void strangeFiltersAndResources_data() { places(QStringLiteral("-add-"), QStringLiteral("file")); }
     void strangeFiltersAndResources()
     {
         QFETCH(QString, exchange);
@@ -364,12 +405,13 @@ private Q_SLOTS:
     }
 
 private:
-    static void places(const QString &part = QString())
+    // Those with `part`, but for those with `other`.
+    static void places(const QString &part = QString(), const QString &other = QStringLiteral("none"))
     {
         QTest::addColumn<QString>("exchange");
         QTest::addColumn<QJsonValue>("value");
         for (const char *exchange : exchanges) {
-            if (!QLatin1String(exchange).contains(part))
+            if (!QLatin1String(exchange).contains(part) || QLatin1String(exchange).contains(other))
                 continue;
             for (const Value &strange : strangeValues())
                 QTest::addRow("%s, %s", exchange, strange.name)

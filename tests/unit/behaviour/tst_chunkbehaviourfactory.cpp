@@ -3,12 +3,14 @@
 #include "addactionrequestsbehaviour.h"
 #include "addmatchingitemsbehaviour.h"
 #include "carddirectory.h"
+#include "removeattachmentsbehaviour.h"
 #include "rpccreatecontextbehaviour.h"
 #include "rpcdeletecontextbehaviour.h"
 #include "rpcfixture.h"
 #include "rpcsetcontextbehaviour.h"
 #include "rpcupdatecontextbehaviour.h"
 #include "writecardtoxmlbehaviour.h"
+#include "writefiletocontextbehaviour.h"
 #include "writevekatoxmlbehaviour.h"
 
 #include <QLoggingCategory>
@@ -58,17 +60,19 @@ private Q_SLOTS:
         ContextStore store;
         const auto set = ownedSet(store);
         const std::size_t first = writesCards ? 2 : 0;
-        QCOMPARE(set.size(), first + 6);
+        QCOMPARE(set.size(), first + 8);
         if (writesCards) {
             QVERIFY(is<WriteCardToXmlBehaviour>(set.at(0)));
             QVERIFY(is<WriteVekaToXmlBehaviour>(set.at(1)));
         }
-        QVERIFY(is<RpcCreateContextBehaviour>(set.at(first)));
-        QVERIFY(is<RpcDeleteContextBehaviour>(set.at(first + 1)));
-        QVERIFY(is<RpcSetContextBehaviour>(set.at(first + 2)));
-        QVERIFY(is<RpcUpdateContextBehaviour>(set.at(first + 3)));
-        QVERIFY(is<AddMatchingItemsBehaviour>(set.at(first + 4)));
-        QVERIFY(is<AddActionRequestsBehaviour>(set.at(first + 5)));
+        QVERIFY(is<WriteFileToContextBehaviour>(set.at(first)));
+        QVERIFY(is<RpcCreateContextBehaviour>(set.at(first + 1)));
+        QVERIFY(is<RpcDeleteContextBehaviour>(set.at(first + 2)));
+        QVERIFY(is<RpcSetContextBehaviour>(set.at(first + 3)));
+        QVERIFY(is<RpcUpdateContextBehaviour>(set.at(first + 4)));
+        QVERIFY(is<AddMatchingItemsBehaviour>(set.at(first + 5)));
+        QVERIFY(is<AddActionRequestsBehaviour>(set.at(first + 6)));
+        QVERIFY(is<RemoveAttachmentsBehaviour>(set.at(first + 7)));
     }
 
     void settingIsThatOfTheSystemAlone()
@@ -78,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(directory.settings().set(QStringLiteral("ch.tessel.vexo-service.context"),
                                          QStringLiteral("xml.directory=/some/where")));
         ContextStore store;
-        QVERIFY(is<RpcCreateContextBehaviour>(ownedSet(store).front()));
+        QVERIFY(is<WriteFileToContextBehaviour>(ownedSet(store).front()));
     }
 
     void settingIsReadForEachSet()
@@ -88,7 +92,7 @@ private Q_SLOTS:
         ContextStore store;
         QVERIFY(is<WriteCardToXmlBehaviour>(ownedSet(store).front()));
         QVERIFY(directory.setLine(QStringLiteral("another=key")));
-        QVERIFY(is<RpcCreateContextBehaviour>(ownedSet(store).front()));
+        QVERIFY(is<WriteFileToContextBehaviour>(ownedSet(store).front()));
     }
 
     void cardsComeFromTheGivenStore()
