@@ -2,6 +2,7 @@
 
 #include <vector>
 
+class CardService;
 class ChunkBehaviour;
 class ChunkServiceProxy;
 class ContextService;
@@ -10,12 +11,15 @@ class ContextService;
 class ChunkBehaviourFactory final
 {
 public:
-    ChunkBehaviourFactory(ChunkServiceProxy &chunkServiceProxy, ContextService &contextService);
+    ChunkBehaviourFactory(CardService &cardService, ChunkServiceProxy &chunkServiceProxy,
+                          ContextService &contextService);
 
-    /// New behaviours in the order in which a chunk is offered to them. The caller owns them.
+    /// New behaviours in the order in which a chunk is offered to them. The caller owns them. The two that
+    /// write the XML of cards are among them only if readXmlDirectory() gives something now, and come first.
     [[nodiscard]] std::vector<ChunkBehaviour *> createBehaviours();
 
 private:
+    CardService &m_cardService;
     ChunkServiceProxy &m_chunkServiceProxy;
     ContextService &m_contextService;
 };

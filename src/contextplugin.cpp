@@ -1,5 +1,6 @@
 #include "contextplugin.h"
 
+#include "cardservice.h"
 #include "chunkbehaviourfactory.h"
 #include "chunklistener.h"
 #include "chunkserviceproxy.h"
@@ -29,19 +30,21 @@ ContextPlugin::~ContextPlugin()
     m_chunkServiceProxy.reset();
     m_chunkListener.reset();
     m_contextService.reset();
+    m_cardService.reset();
     m_contextControllerStrategy.reset();
 }
 
 void ContextPlugin::initialize()
 {
+    m_cardService = std::make_unique<CardService>();
     m_chunkServiceProxy = std::make_unique<ChunkServiceProxy>();
     m_fileService = std::make_unique<FileService>();
     m_contextService = std::make_unique<ContextService>(*m_chunkServiceProxy, *m_fileService);
     m_contextService->setBehaviours(
-        ChunkBehaviourFactory(*m_chunkServiceProxy, *m_contextService).createBehaviours());
+        ChunkBehaviourFactory(*m_cardService, *m_chunkServiceProxy, *m_contextService).createBehaviours());
     m_contextControllerStrategy = std::make_unique<ContextControllerStrategy>(*m_contextService);
     m_strategies.push_back(m_contextControllerStrategy.get());
-    m_chunkListener = std::make_unique<ChunkListener>(*m_contextService);
+    m_chunkListener = std::make_unique<ChunkListener>(*m_cardService, *m_contextService);
     armDefaultValue();
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+class CardService;
 class ChunkListener;
 class ChunkServiceProxy;
 class ContextControllerStrategy;
@@ -55,6 +56,7 @@ private:
 
     std::vector<http::ControllerStrategy *> m_strategies;
     std::unique_ptr<ContextControllerStrategy> m_contextControllerStrategy;
+    std::unique_ptr<CardService> m_cardService;
     std::unique_ptr<ContextService> m_contextService;
     std::unique_ptr<ChunkListener> m_chunkListener;
     std::unique_ptr<ChunkServiceProxy> m_chunkServiceProxy;

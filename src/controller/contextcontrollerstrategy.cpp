@@ -1,9 +1,13 @@
 #include "contextcontrollerstrategy.h"
 
+#include "chunkserviceproxy.h"
 #include "contextcontroller.h"
 #include "contextcreatecontroller.h"
+#include "contextcredentialscontroller.h"
 #include "contexteventcontroller.h"
 #include "contextfilegetcontroller.h"
+#include "contextformcontroller.h"
+#include "contextservice.h"
 
 #include <http/server/request.h>
 
@@ -36,6 +40,19 @@ static QRegularExpression contextInstanceFileWithNameRegularExpression()
 {
     static const QRegularExpression expression(
         QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/file\/([a-zA-Z0-9_\-\.%]+)\/?$)"));
+    return expression;
+}
+
+static QRegularExpression contextActionFormRegularExpression()
+{
+    static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/?\$form$)"));
+    return expression;
+}
+
+static QRegularExpression contextCredentialsRegularExpression()
+{
+    static const QRegularExpression expression(
+        QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/credentials\/?$)"));
     return expression;
 }
 
@@ -84,7 +101,7 @@ http::Controller *ContextControllerStrategy::createController(QSharedPointer<Req
     case Request::HttpMethod::Delete: return createForGetOrDelete(*request, request->url().toString());
     case Request::HttpMethod::Put:
         return createContextController(m_contextService, *request, request->url().toString());
-    case Request::HttpMethod::Post: return createForPost(request->url().toString());
+    case Request::HttpMethod::Post: return createForPost(*request, request->url().toString());
     default: return nullptr;
     }
 }
@@ -92,6 +109,7 @@ http::Controller *ContextControllerStrategy::createController(QSharedPointer<Req
 void ContextControllerStrategy::setChunkService(ChunkService *chunkService)
 {
     m_chunkService = chunkService;
+    m_chunkServiceIsProxied = m_contextService.chunkServiceProxy().getChunkService() == chunkService;
 }
 
 QMap<QString, QJsonObject> &ContextControllerStrategy::lastSentContexts()
@@ -118,9 +136,24 @@ http::Controller *ContextControllerStrategy::createForGetOrDelete(const Request 
     return createContextController(m_contextService, request, url);
 }
 
-http::Controller *ContextControllerStrategy::createForPost(const QString &url)
+http::Controller *ContextControllerStrategy::createForPost(const Request &request, const QString &url)
 {
     if (contextRegularExpression().match(url).hasMatch())
         return new ContextCreateController(m_contextService);
+    const QRegularExpressionMatch form = contextActionFormRegularExpression().match(url);
+    if (form.hasMatch() && passesContentTypeGate(request))
+        return new ContextFormController(m_contextService, form.captured(1));
+    const QRegularExpressionMatch credentials = contextCredentialsRegularExpression().match(url);
+    if (credentials.hasMatch() && passesContentTypeGate(request))
+        return createCredentialsController(request, credentials.captured(1));
     return nullptr;
+}
+
+http::Controller *ContextControllerStrategy::createCredentialsController(const Request &request,
+                                                                         const QString &contextId)
+{
+    auto *controller = new ContextCredentialsController(m_chunkService, request.method(), contextId);
+    if (m_chunkServiceIsProxied)
+        controller->setChunkServiceProxy(m_contextService.chunkServiceProxy());
+    return controller;
 }

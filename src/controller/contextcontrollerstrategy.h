@@ -24,9 +24,13 @@ class ContextService;
  *     GET, DELETE        /context/{id}/event        ContextEventController
  *     GET, DELETE        /context/{id}/file/{name}  ContextFileGetController, with the query items
  *                                                   "download", set if it is "true", and "filename"
+ *     POST               /context/{id}$form         ContextFormController, as for /context/{id}; the id may
+ *                                                   have a slash behind it
+ *     POST               /context/{id}/credentials  ContextCredentialsController, as for /context/{id}
  *
- * An id consists of ASCII letters and digits, and one trailing slash is allowed. A decoded name consists of
- * these and of "_", "-", "." and "%"; it is decoded once more for the controller. Event-loop thread only.
+ * An id consists of ASCII letters and digits, and one trailing slash is allowed except behind $form. A
+ * decoded name consists of these and of "_", "-", "." and "%"; it is decoded once more for the controller.
+ * Event-loop thread only.
  */
 class ContextControllerStrategy final : public http::ControllerStrategy
 {
@@ -40,7 +44,8 @@ public:
     [[nodiscard]] http::Controller *createController(QSharedPointer<http::server::Request> request) override;
 
     /// The bus for controllers that publish; null until there is one. It is kept, and not owned, from then
-    /// on.
+    /// on, and given to every such controller even after the bus has gone. If the store's proxy holds it now,
+    /// the controllers ask the proxy before they touch it.
     void setChunkService(ChunkService *chunkService);
 
     /// For each id, the context as a long poll last delivered it, to whichever client. Entries are never
@@ -56,11 +61,14 @@ public:
 private:
     [[nodiscard]] http::Controller *createForGetOrDelete(const http::server::Request &request,
                                                          const QString &url);
-    [[nodiscard]] http::Controller *createForPost(const QString &url);
+    [[nodiscard]] http::Controller *createForPost(const http::server::Request &request, const QString &url);
+    [[nodiscard]] http::Controller *createCredentialsController(const http::server::Request &request,
+                                                                const QString &contextId);
 
     ContextService &m_contextService;
     ChunkService *m_chunkService = nullptr;
     QMap<QString, QJsonObject> m_lastSentContexts;
+    bool m_chunkServiceIsProxied = false;
     ContextChangeRouter m_changeRouter;
     QJsonObject m_lastObject;
     QByteArray m_lastText;

@@ -27,6 +27,10 @@ public:
         object.insert(QStringLiteral("exchange"), exchange());
         object.insert(QStringLiteral("properties"), value(0));
         object.insert(QStringLiteral("body"), byte() < 8 ? value(0) : body());
+        if (byte() >= 128) {
+            object.insert(QStringLiteral("source"), QLatin1String(byte() % 2 == 0 ? "Vexo" : "veka"));
+            object.insert(QStringLiteral("data"), byte() < 8 ? value(0) : xml());
+        }
         return object;
     }
 
@@ -37,7 +41,8 @@ private:
     {
         static const char *const texts[] = {
             "vexo-context-rpc-create", "vexo-context-rpc-delete",         "vexo-context-rpc-set",
-            "vexo-context-rpc-update", "vexo-context-add-matching-items", "vexo-context-add-action-requests"};
+            "vexo-context-rpc-update", "vexo-context-add-matching-items", "vexo-context-add-action-requests",
+            "vexo-context-add-file",   "vexo-context-attachments-remove"};
         return QLatin1String(texts[byte() % (sizeof texts / sizeof *texts)]);
     }
 
@@ -66,13 +71,45 @@ private:
                                             "*",
                                             "p",
                                             "r",
-                                            ""};
+                                            "",
+                                            "filename",
+                                            "content",
+                                            "attachments",
+                                            "type",
+                                            "code",
+                                            "attachment",
+                                            "url",
+                                            "/context/a/file/b",
+                                            "YQ=="};
         return QLatin1String(words[byte() % (sizeof words / sizeof *words)]);
+    }
+
+    // Out of the pieces that a card is made of.
+    QString xml()
+    {
+        static const char *const pieces[] = {"<vk-adm:cardholderIdentifier>",
+                                             "</vk-adm:cardholderIdentifier>",
+                                             "<vk-adm:insuredPersonNumber>",
+                                             "</vk-adm:insuredPersonNumber>",
+                                             "<unique_id>",
+                                             "</unique_id>",
+                                             "1",
+                                             "756",
+                                             "x",
+                                             "\r\n"};
+        QString text;
+        for (unsigned left = byte() % 16; left > 0; --left)
+            text += QLatin1String(pieces[byte() % (sizeof pieces / sizeof *pieces)]);
+        return text;
     }
 
     QJsonObject body()
     {
         QJsonObject object{{QStringLiteral("_id"), word()}, {word(), value(0)}, {word(), value(0)}};
+        object.insert(QStringLiteral("context"), word());
+        object.insert(QStringLiteral("filename"), word());
+        object.insert(QStringLiteral("content"), word());
+        object.insert(QStringLiteral("attachments"), QJsonArray{word(), value(0)});
         object.insert(QStringLiteral("filter"), value(0));
         QJsonArray entries;
         for (unsigned left = byte() % 6; left > 0; --left)

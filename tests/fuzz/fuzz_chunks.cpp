@@ -1,3 +1,4 @@
+#include "cardservice.h"
 #include "chunkbehaviourfactory.h"
 #include "chunkfrombytes.h"
 #include "chunklistener.h"
@@ -7,13 +8,18 @@
 #include "recordingchunkservice.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLoggingCategory>
+#include <QSettings>
+#include <QTemporaryDir>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
 
 // An input that is JSON is one chunk; any other grows some. All go to the whole set of behaviours over a
 // store with some contexts; debug lines are on if the input has an odd number of bytes.
@@ -33,18 +39,54 @@ QJsonValue parsed(const char *text)
     return document.object();
 }
 
+// The directory to which the behaviours write the XML of cards.
+class XmlDirectory final
+{
+public:
+    XmlDirectory()
+    {
+        require(m_directory.isValid() && QDir(m_directory.path()).mkpath(QStringLiteral("maker"))
+                && QDir(m_directory.path()).mkdir(QStringLiteral("xml")));
+        QSettings::setPath(QSettings::IniFormat, QSettings::SystemScope, m_directory.path());
+        QFile file(m_directory.filePath(QStringLiteral("maker/program.ini")));
+        require(file.open(QIODevice::WriteOnly)
+                && file.write("[ch.tessel.vexo-service.context]\nxml.directory=" + QFile::encodeName(path())
+                              + '\n')
+                       > 0);
+    }
+
+    // Only files of the two kinds, and names without a way out of the directory.
+    void empty() const
+    {
+        const QStringList names = QDir(path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+        for (const QString &name : names) {
+            require((name.startsWith(QLatin1String("adm_")) || name.startsWith(QLatin1String("vkc_")))
+                    && name.endsWith(QLatin1String(".xml")));
+            require(QFile::remove(QDir(path()).filePath(name)));
+        }
+    }
+
+private:
+    [[nodiscard]] QString path() const { return m_directory.filePath(QStringLiteral("xml")); }
+
+    QTemporaryDir m_directory;
+};
+
 class Plugin final
 {
 public:
     Plugin()
     {
         m_proxy.setChunkService(&m_bus);
-        m_contexts.setBehaviours(ChunkBehaviourFactory(m_proxy, m_contexts).createBehaviours());
+        m_contexts.setBehaviours(ChunkBehaviourFactory(*m_cards, m_proxy, m_contexts).createBehaviours());
     }
 
     // Leaves nothing of the input before.
     void reset()
     {
+        // In place, where those who keep a reference find them.
+        m_cards.emplace();
+        m_files.emplace();
         const QStringList ids = m_contexts.getContextKeys();
         for (const QString &id : ids)
             m_contexts.deleteContext(id);
@@ -60,6 +102,8 @@ public:
     {
         m_bus.chunks.clear();
         m_listener.onChunkUpdated(chunk);
+        if (!chunk[QLatin1String("source")].isUndefined())
+            m_xml.empty();
         require(chunk.isObject() || m_bus.chunks.isEmpty());
         QString created;
         for (const QJsonValue &published : qAsConst(m_bus.chunks)) {
@@ -86,11 +130,13 @@ public:
     }
 
 private:
+    XmlDirectory m_xml;
     RecordingChunkService m_bus;
     ChunkServiceProxy m_proxy;
-    FileService m_files;
-    ContextService m_contexts{m_proxy, m_files};
-    ChunkListener m_listener{m_contexts};
+    std::optional<CardService> m_cards{std::in_place};
+    std::optional<FileService> m_files{std::in_place};
+    ContextService m_contexts{m_proxy, *m_files};
+    ChunkListener m_listener{*m_cards, m_contexts};
 };
 
 } // namespace
@@ -98,6 +144,8 @@ private:
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
     static const QCoreApplication application(*argc, *argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("maker"));
+    QCoreApplication::setApplicationName(QStringLiteral("program"));
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     return 0;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cardservice.h"
 #include "chunkserviceproxy.h"
 #include "contextservice.h"
 #include "fileservice.h"
@@ -9,8 +10,8 @@
 #include <QJsonObject>
 #include <QStringList>
 
-/// A context service with a bus and files of its own. `events` keeps, in order, what went out: "created ID",
-/// "removed ID", "chunk UPDATE CONTEXT" and "signal ID VALUE".
+/// A context service with a bus, cards and files of its own. `events` keeps, in order, what went out:
+/// "created ID", "removed ID", "chunk UPDATE CONTEXT" and "signal ID VALUE".
 struct ContextStore
 {
     ContextStore()
@@ -39,6 +40,7 @@ struct ContextStore
 
     RecordingChunkService bus;
     ChunkServiceProxy proxy;
+    CardService cards;
     FileService files;
     ContextService contexts{proxy, files};
     QStringList events;

@@ -95,6 +95,8 @@ void AnswerOrderTest::answers_data()
     row("polled", Method::Get, "/context/known/event", "", "", cacheHeaders() + typed(200));
     row("polled after the removal", Method::Get, "/context/removed/event", "", "",
         cacheHeaders() + plain(404));
+    row("credentials taken", Method::Post, "/context/known/credentials", "", "[]", typed(200));
+    row("form", Method::Post, "/context/known$form", "", "{}", {});
     row("parked", Method::Get, "/context/unknown/event", "", "", {});
 }
 

@@ -2,7 +2,9 @@
 
 #include "controller/contextcontroller.h"
 #include "controller/contextcreatecontroller.h"
+#include "controller/contextcredentialscontroller.h"
 #include "controller/contexteventcontroller.h"
+#include "controller/contextformcontroller.h"
 
 #include <QtTest>
 
@@ -34,6 +36,10 @@ QByteArray kindOf(http::Controller *controller)
         return "instance";
     if (dynamic_cast<ContextEventController *>(controller) != nullptr)
         return "event";
+    if (dynamic_cast<ContextFormController *>(controller) != nullptr)
+        return "form";
+    if (dynamic_cast<ContextCredentialsController *>(controller) != nullptr)
+        return "credentials";
     return controller == nullptr ? "none" : "other";
 }
 
@@ -63,6 +69,10 @@ private Q_SLOTS:
     void pathsAreMatchedAsText();
     void idIsTheCapturedOne_data();
     void idIsTheCapturedOne();
+    void credentialsAreLabelledWithTheCapturedId_data();
+    void credentialsAreLabelledWithTheCapturedId();
+    void pathsOfPostAreMatchedAsText_data();
+    void pathsOfPostAreMatchedAsText();
     void methodIsPassedOn();
     void everyRequestHasItsOwnController();
     void nothingIsRememberedAtFirst();
@@ -81,11 +91,37 @@ void ContextControllerStrategyTest::routesByMethodAndPath_data()
                                               {"GET /context/abc/event", "event"},
                                               {"GET /context/abc/event/", "event"},
                                               {"DELETE /context/abc/event", "event"},
-                                              {"DELETE /context/abc/event/", "event"}};
-    const QByteArrayList paths{"/context",           "/context/",           "/context/abc",
-                               "/context/abc/",      "/context/abc/event",  "/context/abc/event/",
-                               "/context//",         "/context/abc//",      "/context/abc/event//",
-                               "/context/abc/other", "/context/abc/event/x"};
+                                              {"DELETE /context/abc/event/", "event"},
+                                              {"POST /context/abc$form", "form"},
+                                              {"POST /context/abc/$form", "form"},
+                                              {"POST /context/abc/credentials", "credentials"},
+                                              {"POST /context/abc/credentials/", "credentials"}};
+    const QByteArrayList paths{"/context",
+                               "/context/",
+                               "/context/abc",
+                               "/context/abc/",
+                               "/context/abc/event",
+                               "/context/abc/event/",
+                               "/context//",
+                               "/context/abc//",
+                               "/context/abc/event//",
+                               "/context/abc/other",
+                               "/context/abc/event/x",
+                               "/context/abc$form",
+                               "/context/abc/$form",
+                               "/context/abc$form/",
+                               "/context/abc//$form",
+                               "/context/$form",
+                               "/context$form",
+                               "/context/abc/form",
+                               "/context/abc$Form",
+                               "/context/abc$formx",
+                               "/context/abc/credentials",
+                               "/context/abc/credentials/",
+                               "/context/abc/credentials//",
+                               "/context//credentials",
+                               "/context/abc/Credentials",
+                               "/context/abc/credentials/x"};
     QTest::addColumn<Method>("method");
     QTest::addColumn<QByteArray>("target");
     QTest::addColumn<QByteArray>("kind");
@@ -131,6 +167,10 @@ void ContextControllerStrategyTest::gateLooksAtTheContentType()
     for (const Method method : {Method::Get, Method::Put, Method::Delete})
         QCOMPARE(route(fixture.strategy, method, "/context/abc", headers),
                  QByteArray(passes ? "instance" : "none"));
+    QCOMPARE(route(fixture.strategy, Method::Post, "/context/abc$form", headers),
+             QByteArray(passes ? "form" : "none"));
+    QCOMPARE(route(fixture.strategy, Method::Post, "/context/abc/credentials", headers),
+             QByteArray(passes ? "credentials" : "none"));
     // No gate stands in front of these.
     QCOMPARE(route(fixture.strategy, Method::Post, "/context", headers), QByteArray("create"));
     QCOMPARE(route(fixture.strategy, Method::Get, "/context/abc/event", headers), QByteArray("event"));
@@ -218,6 +258,51 @@ void ContextControllerStrategyTest::idIsTheCapturedOne()
     QCOMPARE(exchange.status(), 200);
     QCOMPARE(exchange.body(), QByteArray("{\n    \"k\": 1\n}\n"));
     QCOMPARE(fixture.contexts.getContextKeys(), QStringList{QStringLiteral("aBc09")});
+}
+
+void ContextControllerStrategyTest::credentialsAreLabelledWithTheCapturedId_data()
+{
+    QTest::addColumn<QByteArray>("target");
+    QTest::newRow("plain") << QByteArray("/context/aBc09/credentials");
+    QTest::newRow("trailing slash") << QByteArray("/context/aBc09/credentials/");
+    QTest::newRow("encoded") << QByteArray("/context/%61Bc09/cred%65ntials");
+}
+
+void ContextControllerStrategyTest::credentialsAreLabelledWithTheCapturedId()
+{
+    QFETCH(QByteArray, target);
+    ContextFixture fixture;
+    fixture.strategy.setChunkService(&fixture.bus);
+    const Exchange exchange(fixture.strategy, Method::Post, target);
+    QCOMPARE(exchange.status(), 200);
+    QCOMPARE(fixture.bus.chunks.at(0)[QLatin1String("data")][QLatin1String("id")].toString(),
+             QStringLiteral("aBc09"));
+}
+
+void ContextControllerStrategyTest::pathsOfPostAreMatchedAsText_data()
+{
+    QTest::addColumn<QByteArray>("target");
+    QTest::addColumn<QByteArray>("kind");
+    QTest::newRow("letter") << QByteArray("/context/abc$%66orm") << QByteArray("form");
+    // Other than a letter, a dollar sign stays encoded in the text that is matched.
+    QTest::newRow("dollar sign") << QByteArray("/context/abc%24form") << QByteArray("none");
+    QTest::newRow("form without a dollar sign") << QByteArray("/context/abcform") << QByteArray("none");
+    QTest::newRow("credentials without an id") << QByteArray("/context/credentials") << QByteArray("none");
+    QTest::newRow("credentials of an id named so")
+        << QByteArray("/context/credentials/credentials") << QByteArray("credentials");
+    QTest::newRow("line feed behind the form") << QByteArray("/context/abc$form%0A") << QByteArray("none");
+    QTest::newRow("credentials of an id beyond letters and digits")
+        << QByteArray("/context/a_c/credentials") << QByteArray("none");
+    QTest::newRow("form of an id beyond letters and digits")
+        << QByteArray("/context/a-c$form") << QByteArray("none");
+}
+
+void ContextControllerStrategyTest::pathsOfPostAreMatchedAsText()
+{
+    QFETCH(QByteArray, target);
+    QFETCH(QByteArray, kind);
+    ContextFixture fixture;
+    QCOMPARE(route(fixture.strategy, Method::Post, target), kind);
 }
 
 void ContextControllerStrategyTest::methodIsPassedOn()
