@@ -4,6 +4,7 @@
 
 #include <QtTest>
 
+#include <limits>
 #include <type_traits>
 
 using structure::content::Message;
