@@ -32,6 +32,7 @@ void MessageService::addMessage(Message message)
     const QString identifier = message.identifier();
     m_outstandingIdentifiers.insert(identifier);
     m_messages[identifier] = std::move(message);
+    m_indentedUpdate.clear();
     Q_EMIT messagesAvailable();
 }
 
@@ -41,6 +42,7 @@ void MessageService::applyMessageConsumption(const structure::content::MessageCo
         m_outstandingIdentifiers.remove(identifier);
         m_messages.remove(identifier);
     }
+    m_indentedUpdate.clear();
 }
 
 QJsonDocument MessageService::createMessageUpdate() const
@@ -53,4 +55,11 @@ QJsonDocument MessageService::createMessageUpdate() const
             update.messages.append(*message);
     }
     return structure::request::MessageUpdate::create(update);
+}
+
+QByteArray MessageService::indentedUpdate()
+{
+    if (m_indentedUpdate.isNull())
+        m_indentedUpdate = createMessageUpdate().toJson();
+    return m_indentedUpdate;
 }

@@ -2,6 +2,7 @@
 
 #include "structure/content/message.h"
 
+#include <QByteArray>
 #include <QMap>
 #include <QObject>
 #include <QSet>
@@ -40,6 +41,10 @@ public:
     /// Consumes nothing.
     [[nodiscard]] QJsonDocument createMessageUpdate() const;
 
+    /// That as indented JSON. The text is kept until the messages change, so that all polls share it which
+    /// one message wakes, or which come while nobody consumes it.
+    [[nodiscard]] QByteArray indentedUpdate();
+
 Q_SIGNALS:
     /// A message has been added or replaced.
     void messagesAvailable();
@@ -48,6 +53,7 @@ private:
     // The two hold the same identifiers at any time.
     QSet<QString> m_outstandingIdentifiers;
     QMap<QString, structure::content::Message> m_messages;
+    QByteArray m_indentedUpdate; ///< null if it is to be made anew
 };
 
 /// The category "ch.tessel.vexo-service.context.messageservice".

@@ -3,14 +3,23 @@
 #include "contextcontroller.h"
 #include "contextcreatecontroller.h"
 #include "contexteventcontroller.h"
+#include "messagecontroller.h"
+#include "messageeventcontroller.h"
 
 #include <http/server/request.h>
 
 #include <QJsonDocument>
+#include <QLoggingCategory>
 #include <QRegularExpression>
 #include <QUrl>
 
 using http::server::Request;
+
+static const QLoggingCategory &contextControllerStrategyLogging()
+{
+    static const QLoggingCategory category("ch.tessel.vexo-service.context.controllerstrategy");
+    return category;
+}
 
 static QRegularExpression contextRegularExpression()
 {
@@ -30,6 +39,18 @@ static QRegularExpression contextInstanceEventRegularExpression()
     return expression;
 }
 
+static QRegularExpression messageEventRegularExpression()
+{
+    static const QRegularExpression expression(QStringLiteral(R"(^\/message\/event$)"));
+    return expression;
+}
+
+static QRegularExpression messageRegularExpression()
+{
+    static const QRegularExpression expression(QStringLiteral(R"(^\/message$)"));
+    return expression;
+}
+
 // Parameters, such as a charset, and other spellings are refused on purpose: clients rely on the exact match.
 static bool passesContentTypeGate(const Request &request)
 {
@@ -46,8 +67,10 @@ static http::Controller *createContextController(ContextService &contextService,
     return nullptr;
 }
 
-ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
+ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService,
+                                                     MessageService &messageService)
     : m_contextService(contextService)
+    , m_messageService(messageService)
     , m_changeRouter(contextService)
 {
 }
@@ -61,7 +84,7 @@ http::Controller *ContextControllerStrategy::createController(QSharedPointer<Req
     case Request::HttpMethod::Delete: return createForGetOrDelete(*request, request->url().toString());
     case Request::HttpMethod::Put:
         return createContextController(m_contextService, *request, request->url().toString());
-    case Request::HttpMethod::Post: return createForPost(request->url().toString());
+    case Request::HttpMethod::Post: return createForPost(*request, request->url().toString());
     default: return nullptr;
     }
 }
@@ -90,12 +113,21 @@ http::Controller *ContextControllerStrategy::createForGetOrDelete(const Request 
     const QRegularExpressionMatch event = contextInstanceEventRegularExpression().match(url);
     if (event.hasMatch())
         return new ContextEventController(*this, m_contextService, request.method(), event.captured(1));
+    if (messageEventRegularExpression().match(url).hasMatch()) {
+        qCDebug(contextControllerStrategyLogging) << "Received request matching message event polling URL";
+        return new MessageEventController(m_messageService);
+    }
     return createContextController(m_contextService, request, url);
 }
 
-http::Controller *ContextControllerStrategy::createForPost(const QString &url)
+http::Controller *ContextControllerStrategy::createForPost(const Request &request, const QString &url)
 {
     if (contextRegularExpression().match(url).hasMatch())
         return new ContextCreateController(m_contextService);
+    if (messageRegularExpression().match(url).hasMatch()) {
+        qCDebug(contextControllerStrategyLogging) << "Received request matching message URL";
+        if (passesContentTypeGate(request))
+            return new MessageController(m_messageService, request.method());
+    }
     return nullptr;
 }

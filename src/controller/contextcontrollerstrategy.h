@@ -11,6 +11,7 @@
 
 class ChunkService;
 class ContextService;
+class MessageService;
 
 /**
  * The plug-in's route table, and the memory that its long polls share.
@@ -21,15 +22,18 @@ class ContextService;
  *     GET, PUT, DELETE   /context/{id}         ContextController, unless the Content-Type is set and is not
  *                                              exactly "application/json"
  *     GET, DELETE        /context/{id}/event   ContextEventController
+ *     POST               /message              MessageController, under the same condition
+ *     GET, DELETE        /message/event        MessageEventController
  *
- * An id consists of ASCII letters and digits, and one trailing slash is allowed. Event-loop thread only.
+ * An id consists of ASCII letters and digits, and one trailing slash is allowed, but not behind the routes of
+ * messages. Event-loop thread only.
  */
 class ContextControllerStrategy final : public http::ControllerStrategy
 {
 public:
-    /// Keeps the reference; it is used while requests are served, and may be gone when the strategy is
+    /// Keeps the references; they are used while requests are served, and may be gone when the strategy is
     /// destroyed.
-    explicit ContextControllerStrategy(ContextService &contextService);
+    ContextControllerStrategy(ContextService &contextService, MessageService &messageService);
     ~ContextControllerStrategy() override;
     Q_DISABLE_COPY_MOVE(ContextControllerStrategy)
 
@@ -52,9 +56,10 @@ public:
 private:
     [[nodiscard]] http::Controller *createForGetOrDelete(const http::server::Request &request,
                                                          const QString &url);
-    [[nodiscard]] http::Controller *createForPost(const QString &url);
+    [[nodiscard]] http::Controller *createForPost(const http::server::Request &request, const QString &url);
 
     ContextService &m_contextService;
+    MessageService &m_messageService;
     ChunkService *m_chunkService = nullptr;
     QMap<QString, QJsonObject> m_lastSentContexts;
     ContextChangeRouter m_changeRouter;

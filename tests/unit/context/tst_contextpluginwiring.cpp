@@ -7,6 +7,7 @@
 #include "contextservice.h"
 #include "controller/contextcontrollerstrategy.h"
 #include "fileservice.h"
+#include "messageservice.h"
 #include "recordingchunkservice.h"
 
 #include <QJsonObject>
@@ -25,6 +26,7 @@ struct ContextPluginProbe
         QString text;
         text += QLatin1String(plugin.m_contextControllerStrategy ? "R" : "-");
         text += QLatin1String(plugin.m_contextService ? "C" : "-");
+        text += QLatin1String(plugin.m_messageService ? "M" : "-");
         text += QLatin1String(plugin.m_chunkListener ? "L" : "-");
         text += QLatin1String(plugin.m_chunkServiceProxy ? "P" : "-");
         text += QLatin1String(plugin.m_fileService ? "F" : "-");
@@ -33,6 +35,7 @@ struct ContextPluginProbe
     static ChunkServiceProxy *proxy(const ContextPlugin &plugin) { return plugin.m_chunkServiceProxy.get(); }
     static FileService *files(const ContextPlugin &plugin) { return plugin.m_fileService.get(); }
     static ContextService *contexts(const ContextPlugin &plugin) { return plugin.m_contextService.get(); }
+    static MessageService *messages(const ContextPlugin &plugin) { return plugin.m_messageService.get(); }
     static ChunkListener *listener(const ContextPlugin &plugin) { return plugin.m_chunkListener.get(); }
 };
 
@@ -45,6 +48,7 @@ struct Recorder
     ChunkServiceProxy *proxy = nullptr;
     FileService *files = nullptr;
     ContextService *contexts = nullptr;
+    MessageService *strategyMessages = nullptr;
     ChunkService *strategyBus = nullptr;
     ChunkServiceProxy *factoryProxy = nullptr;
     ContextService *factoryContexts = nullptr;
@@ -117,6 +121,15 @@ FileService::~FileService()
     recorder->note("-files");
 }
 
+MessageService::MessageService()
+{
+    recorder->note("+messages");
+}
+MessageService::~MessageService()
+{
+    recorder->note("-messages");
+}
+
 ContextService::ContextService(ChunkServiceProxy &proxy, FileService &files)
     : m_chunkServiceProxy(proxy)
     , m_fileService(files)
@@ -159,12 +172,15 @@ std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
     return madeBehaviours();
 }
 
-ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
+ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService,
+                                                     MessageService &messageService)
     : m_contextService(contextService)
+    , m_messageService(messageService)
     , m_changeRouter(contextService)
 {
     recorder->note("+routes");
     recorder->contexts = &contextService;
+    recorder->strategyMessages = &m_messageService;
 }
 ContextControllerStrategy::~ContextControllerStrategy()
 {
@@ -200,7 +216,7 @@ private Q_SLOTS:
 
     void constructionLeavesAllEmpty()
     {
-        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("-----"));
+        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("------"));
         QVERIFY(m_plugin->getControllers().empty());
         QVERIFY(m_plugin->parent() == nullptr);
         m_plugin.reset();
@@ -211,15 +227,16 @@ private Q_SLOTS:
     {
         m_plugin->initialize();
         QCOMPARE(m_recorder.journal,
-                 QStringList({QStringLiteral("+files ---P-"), QStringLiteral("+contexts ---PF"),
-                              QStringLiteral("+behaviours -C-PF"), QStringLiteral("=behaviours -C-PF"),
-                              QStringLiteral("+routes -C-PF")}));
-        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("RCLPF"));
+                 QStringList({QStringLiteral("+files ----P-"), QStringLiteral("+contexts ----PF"),
+                              QStringLiteral("+messages -C--PF"), QStringLiteral("+behaviours -CM-PF"),
+                              QStringLiteral("=behaviours -CM-PF"), QStringLiteral("+routes -CM-PF")}));
+        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("RCMLPF"));
         QCOMPARE(m_recorder.proxy, ContextPluginProbe::proxy(*m_plugin));
         QCOMPARE(m_recorder.files, ContextPluginProbe::files(*m_plugin));
         QCOMPARE(m_recorder.contexts, ContextPluginProbe::contexts(*m_plugin));
         QCOMPARE(m_recorder.factoryProxy, ContextPluginProbe::proxy(*m_plugin));
         QCOMPARE(m_recorder.factoryContexts, ContextPluginProbe::contexts(*m_plugin));
+        QCOMPARE(m_recorder.strategyMessages, ContextPluginProbe::messages(*m_plugin));
         QVERIFY(m_recorder.proxy->getChunkService() == nullptr);
         QCOMPARE(m_plugin->getControllers().size(), std::size_t(1));
     }
@@ -237,8 +254,8 @@ private Q_SLOTS:
         m_recorder.journal.clear();
         AttachingBus bus;
         m_plugin->attachChunkService(bus);
-        QCOMPARE(m_recorder.journal, QStringList({QStringLiteral("routes get the bus after the proxy RCLPF"),
-                                                  QStringLiteral("listener attached RCLPF")}));
+        QCOMPARE(m_recorder.journal, QStringList({QStringLiteral("routes get the bus after the proxy RCMLPF"),
+                                                  QStringLiteral("listener attached RCMLPF")}));
         QCOMPARE(m_recorder.proxy->getChunkService(), &bus);
         QCOMPARE(m_recorder.strategyBus, &bus);
         QCOMPARE(bus.listener, ContextPluginProbe::listener(*m_plugin));
@@ -257,7 +274,7 @@ private Q_SLOTS:
         QCOMPARE(m_recorder.strategyBus, &bus);
 
         bus.listener->onChunkUpdated(QJsonObject{{QStringLiteral("x"), 7}});
-        QCOMPARE(m_recorder.journal, QStringList(QStringLiteral("pushChunk x RCLPF")));
+        QCOMPARE(m_recorder.journal, QStringList(QStringLiteral("pushChunk x RCMLPF")));
         QCOMPARE(m_recorder.contexts, ContextPluginProbe::contexts(*m_plugin));
     }
 
@@ -271,9 +288,10 @@ private Q_SLOTS:
                     {ContextPluginProbe::listener(*m_plugin), "-listener"}}};
         m_plugin.reset();
         QCOMPARE(m_recorder.journal,
-                 QStringList({QStringLiteral("-files RCLP-"), QStringLiteral("-proxy RCL--"),
-                              QStringLiteral("-listener RC---"), QStringLiteral("-contexts R----"),
-                              QStringLiteral("-routes -----"), QStringLiteral("list filled -----")}));
+                 QStringList({QStringLiteral("-files RCMLP-"), QStringLiteral("-proxy RCML--"),
+                              QStringLiteral("-listener RCM---"), QStringLiteral("-messages RC----"),
+                              QStringLiteral("-contexts R-----"), QStringLiteral("-routes ------"),
+                              QStringLiteral("list filled ------")}));
     }
 
     void initializeAgainDropsTheEarlierObjects()
@@ -281,7 +299,7 @@ private Q_SLOTS:
         m_plugin->initialize();
         m_recorder.journal.clear();
         m_plugin->initialize();
-        for (const char *event : {"-files", "-contexts", "-routes"})
+        for (const char *event : {"-files", "-contexts", "-messages", "-routes"})
             QCOMPARE(m_recorder.journal.filter(QLatin1String(event)).size(), 1);
     }
 

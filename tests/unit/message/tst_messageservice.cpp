@@ -21,6 +21,7 @@ static_assert(std::is_same_v<decltype(&MessageService::applyMessageConsumption),
                              void (MessageService::*)(const MessageConsumption &)>);
 static_assert(std::is_same_v<decltype(&MessageService::createMessageUpdate),
                              QJsonDocument (MessageService::*)() const>);
+static_assert(std::is_same_v<decltype(&MessageService::indentedUpdate), QByteArray (MessageService::*)()>);
 static_assert(std::is_same_v<decltype(&MessageService::messagesAvailable), void (MessageService::*)()>);
 
 namespace {
@@ -127,6 +128,34 @@ private Q_SLOTS:
         QCOMPARE(first.array().size(), 3);
         QCOMPARE(service.createMessageUpdate(), first);
         QVERIFY(service.hasMessages());
+    }
+
+    void indentedUpdateFollowsEveryChange()
+    {
+        MessageService service;
+        const auto isCurrent = [&] {
+            const QByteArray text = service.indentedUpdate();
+            // The second call gives the same text, kept.
+            return text == service.createMessageUpdate().toJson()
+                   && service.indentedUpdate().constData() == text.constData();
+        };
+        QVERIFY(isCurrent());
+        QCOMPARE(service.indentedUpdate(), QByteArray("[\n]\n"));
+        bool wasCurrentWhenTold = false;
+        connect(&service, &MessageService::messagesAvailable, this,
+                [&] { wasCurrentWhenTold = isCurrent(); });
+        for (const char *text : {"first", "replaced"}) {
+            service.addMessage(message("a", "t", text));
+            QVERIFY(wasCurrentWhenTold);
+            QVERIFY(service.indentedUpdate().contains(text));
+        }
+        service.addMessage(message("b"));
+        QVERIFY(isCurrent());
+        for (const char *identifier : {"unknown", "a", "b"}) {
+            service.applyMessageConsumption(consumptionOf({QLatin1String(identifier)}));
+            QVERIFY(isCurrent());
+        }
+        QCOMPARE(service.indentedUpdate(), QByteArray("[\n]\n"));
     }
 
     void consumptionRemovesWhatItNames_data()
