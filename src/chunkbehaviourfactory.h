@@ -5,12 +5,14 @@
 class ChunkBehaviour;
 class ChunkServiceProxy;
 class ContextService;
+class MessageService;
 
 /// Builds the set of behaviours, once at start-up. Keeps the references.
 class ChunkBehaviourFactory final
 {
 public:
-    ChunkBehaviourFactory(ChunkServiceProxy &chunkServiceProxy, ContextService &contextService);
+    ChunkBehaviourFactory(ChunkServiceProxy &chunkServiceProxy, ContextService &contextService,
+                          MessageService &messageService);
 
     /// New behaviours in the order in which a chunk is offered to them. The caller owns them.
     [[nodiscard]] std::vector<ChunkBehaviour *> createBehaviours();
@@ -18,4 +20,5 @@ public:
 private:
     ChunkServiceProxy &m_chunkServiceProxy;
     ContextService &m_contextService;
+    MessageService &m_messageService;
 };

@@ -41,7 +41,7 @@ void ContextPlugin::initialize()
     m_contextService = std::make_unique<ContextService>(*m_chunkServiceProxy, *m_fileService);
     m_messageService = std::make_unique<MessageService>();
     m_contextService->setBehaviours(
-        ChunkBehaviourFactory(*m_chunkServiceProxy, *m_contextService).createBehaviours());
+        ChunkBehaviourFactory(*m_chunkServiceProxy, *m_contextService, *m_messageService).createBehaviours());
     m_contextControllerStrategy =
         std::make_unique<ContextControllerStrategy>(*m_contextService, *m_messageService);
     m_strategies.push_back(m_contextControllerStrategy.get());

@@ -4,7 +4,11 @@
 #include "chunkserviceproxy.h"
 #include "contextservice.h"
 #include "fileservice.h"
+#include "messageservice.h"
 #include "recordingchunkservice.h"
+#include "structure/content/messageconsumption.h"
+#include "structure/content/messageupdate.h"
+#include "structure/request/messageupdate.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -39,7 +43,7 @@ public:
     Plugin()
     {
         m_proxy.setChunkService(&m_bus);
-        m_contexts.setBehaviours(ChunkBehaviourFactory(m_proxy, m_contexts).createBehaviours());
+        m_contexts.setBehaviours(ChunkBehaviourFactory(m_proxy, m_contexts, m_messages).createBehaviours());
     }
 
     // Leaves nothing of the input before.
@@ -54,6 +58,7 @@ public:
         m_contexts.setContext(QStringLiteral("a"), context);
         m_contexts.setContext(QStringLiteral("b"), QJsonArray{context});
         require(m_contexts.getContext(QStringLiteral("read only")).isNull());
+        consumeMessages();
     }
 
     void deliver(const QJsonValue &chunk)
@@ -61,16 +66,16 @@ public:
         m_bus.chunks.clear();
         m_listener.onChunkUpdated(chunk);
         require(chunk.isObject() || m_bus.chunks.isEmpty());
-        QString created;
+        QStringList created;
         for (const QJsonValue &published : qAsConst(m_bus.chunks)) {
             require(published.isObject());
             const QString id = published[QLatin1String("data")][QLatin1String("contextId")].toString();
             if (!id.isEmpty() && published[QLatin1String("exchange")] == QLatin1String("context-created"))
-                created = id;
+                created.append(id);
         }
         // The next id would otherwise be waited for, up to a second.
-        if (!created.isEmpty())
-            m_contexts.deleteContext(created);
+        for (const QString &id : qAsConst(created))
+            m_contexts.deleteContext(id);
     }
 
     void requireAnswers()
@@ -83,12 +88,32 @@ public:
         deliver(request);
         require(m_contexts.getContext(QStringLiteral("z"))[QLatin1String("n")] == 1);
         require(m_bus.chunks.last() == reply);
+        static const QJsonValue message = parsed(R"({"exchange":"vexo-context-add-messages",
+                       "messages":[{"id":"z","title":"t","text":"last"}]})");
+        deliver(message);
+        require(m_messages.indentedUpdate().contains("last"));
     }
 
 private:
+    // Every message that is kept is told, and is gone once it is reported.
+    void consumeMessages()
+    {
+        require(QJsonDocument::fromJson(m_messages.indentedUpdate()).isArray());
+        structure::request::MessageUpdate form;
+        require(form.parse(m_messages.createMessageUpdate()));
+        structure::content::MessageUpdate update;
+        form.fill(update);
+        structure::content::MessageConsumption consumption;
+        for (const auto &message : qAsConst(update.messages))
+            consumption.identifiers.append(message.identifier());
+        m_messages.applyMessageConsumption(consumption);
+        require(!m_messages.hasMessages());
+    }
+
     RecordingChunkService m_bus;
     ChunkServiceProxy m_proxy;
     FileService m_files;
+    MessageService m_messages;
     ContextService m_contexts{m_proxy, m_files};
     ChunkListener m_listener{m_contexts};
 };

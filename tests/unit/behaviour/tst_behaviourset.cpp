@@ -1,5 +1,7 @@
 #include "chunkbehaviourfactory.h"
 #include "chunklistener.h"
+#include "messages.h"
+#include "messageservice.h"
 #include "rpcfixture.h"
 
 #include <QLoggingCategory>
@@ -48,7 +50,7 @@ struct Plugin : ContextStore
 {
     Plugin()
     {
-        contexts.setBehaviours(ChunkBehaviourFactory(proxy, contexts).createBehaviours());
+        contexts.setBehaviours(ChunkBehaviourFactory(proxy, contexts, messages).createBehaviours());
         contexts.setContext(keptId, kept);
         bus.chunks.clear();
         events.clear();
@@ -60,6 +62,7 @@ struct Plugin : ContextStore
 
     const QString keptId = QStringLiteral("kept");
     const QJsonValue kept = json(QStringLiteral(R"({"x":{"y":[1,"a"]}})"));
+    MessageService messages;
     ChunkListener listener{contexts};
 };
 
@@ -133,6 +136,14 @@ private Q_SLOTS:
             QTest::addRow("%s, first letter in capitals", exchange)
                 << QJsonValue(QJsonObject{{QStringLiteral("exchange"), QLatin1Char('V') + text.mid(1)}});
         }
+        QTest::newRow("messages in capitals")
+            << json(QStringLiteral(R"({"exchange":"VEXO-CONTEXT-ADD-MESSAGES","messages":[]})"));
+        QTest::newRow("messages that are none")
+            << json(QStringLiteral(R"({"exchange":"vexo-context-add-messages","messages":{}})"));
+        QTest::newRow("new context in capitals")
+            << json(QStringLiteral(R"({"data":{"event":"New-context","data":{}}})"));
+        QTest::newRow("new context that is none")
+            << json(QStringLiteral(R"({"data":{"event":"new-context","data":[]}})"));
     }
     void chunkOfNobodyVanishes()
     {
@@ -146,6 +157,7 @@ private Q_SLOTS:
         QCOMPARE(plugin.contexts.getContextKeys(), QStringList(plugin.keptId));
         QVERIFY(plugin.isIntact());
         QVERIFY(plugin.bus.chunks.isEmpty());
+        QVERIFY(!plugin.messages.hasMessages());
     }
 
     void linesOfAllBehavioursAreCounted_data()
@@ -259,6 +271,71 @@ private Q_SLOTS:
         QVERIFY(stored.contains(entries.at(2)[QLatin1String("resource")]));
     }
 
+    void strangeMessages_data() { values(); }
+    void strangeMessages()
+    {
+        QFETCH(QJsonValue, value);
+        const QString valid = QStringLiteral(R"({"id":"a","title":"t","text":"x"})");
+        QJsonObject odd = json(valid).toObject();
+        odd.insert(QStringLiteral("id"), QStringLiteral("b"));
+        for (const char *key : {"subtitle", "timestamp", "type", "lifetime"})
+            odd.insert(QLatin1String(key), value);
+        QJsonObject strange;
+        for (const char *key : {"id", "title", "text"})
+            strange.insert(QLatin1String(key), value);
+        Plugin plugin;
+        for (const QJsonValue &messages :
+             {value, QJsonValue(QJsonArray{value, strange, json(valid), QJsonArray{value}, odd})})
+            plugin.deliver(
+                QJsonObject{{QStringLiteral("exchange"), QStringLiteral("vexo-context-add-messages")},
+                            {QStringLiteral("messages"), messages}});
+        const QStringList queue = textsOf(plugin.messages.createMessageUpdate()).keys();
+        QCOMPARE(queue.size(), value.isString() ? 3 : 2);
+        QVERIFY(queue.contains(QStringLiteral("a")) && queue.contains(QStringLiteral("b")));
+        QVERIFY(plugin.isIntact());
+        QVERIFY(plugin.bus.chunks.isEmpty());
+    }
+
+    void strangeAnnouncements_data() { values(); }
+    void strangeAnnouncements()
+    {
+        QFETCH(QJsonValue, value);
+        const QString data = QStringLiteral("data");
+        const QString event = QStringLiteral("event");
+        Plugin plugin;
+        plugin.deliver(QJsonObject{{data, value}});
+        plugin.deliver(QJsonObject{{data, QJsonObject{{event, value}, {data, QJsonObject()}}}});
+        QVERIFY(plugin.bus.chunks.isEmpty());
+        plugin.deliver(
+            QJsonObject{{data, QJsonObject{{event, QStringLiteral("new-context")}, {data, value}}}});
+        QVERIFY(plugin.isIntact());
+        QCOMPARE(plugin.contexts.getContextKeys().size(), value.isObject() ? 2 : 1);
+        QCOMPARE(plugin.bus.chunks.size(), value.isObject() ? 2 : 0);
+    }
+
+    // None can claim a chunk; they act in the order of the set.
+    void chunkOfTwoIsActedOnByBoth()
+    {
+        const QString twice = QStringLiteral(R"("data":{"event":"new-context","data":{"y":1}})");
+        Plugin plugin;
+        plugin.deliver(json(
+            QStringLiteral(R"({"exchange":"vexo-context-rpc-set","body":{"_id":"a","x":1},%1})").arg(twice)));
+        QCOMPARE(plugin.contexts.getContextKeys().size(), 3);
+        QCOMPARE(plugin.events.at(0), QStringLiteral(R"(chunk {"x":1} {"x":1})"));
+        QVERIFY(plugin.events.at(3).startsWith(QLatin1String("created ")));
+
+        plugin.events.clear();
+        bool wasCreated = false;
+        connect(&plugin.messages, &MessageService::messagesAvailable, this,
+                [&] { wasCreated = !plugin.events.isEmpty(); });
+        plugin.deliver(json(QStringLiteral(R"({"exchange":"vexo-context-add-messages",)"
+                                           R"("messages":[{"id":"a","title":"t","text":"x"}],%1})")
+                                .arg(twice)));
+        QVERIFY(plugin.messages.hasMessages());
+        QCOMPARE(plugin.contexts.getContextKeys().size(), 4);
+        QVERIFY(!wasCreated);
+    }
+
     // After anything at all the set still does its work.
     void setStillAnswersAfterEverything()
     {
@@ -273,6 +350,15 @@ private Q_SLOTS:
                                            {QStringLiteral("properties"), strange.value}});
             }
         }
+        for (const Value &strange : strangeValues()) {
+            if (strange.value.isObject())
+                continue; // would make a context, for which the next one has to wait
+            plugin.deliver(
+                json(QStringLiteral(R"({"exchange":"vexo-context-add-messages","messages":[7]})")));
+            plugin.deliver(QJsonObject{
+                {QStringLiteral("data"), QJsonObject{{QStringLiteral("event"), QStringLiteral("new-context")},
+                                                     {QStringLiteral("data"), strange.value}}}});
+        }
         plugin.bus.chunks.clear();
         plugin.deliver(
             request(QStringLiteral("vexo-context-rpc-set"), QStringLiteral(R"({"_id":"a","x":1})")));
@@ -281,6 +367,12 @@ private Q_SLOTS:
     }
 
 private:
+    static void values()
+    {
+        QTest::addColumn<QJsonValue>("value");
+        for (const Value &strange : strangeValues())
+            QTest::newRow(strange.name) << strange.value;
+    }
     static void places(const QString &part = QString())
     {
         QTest::addColumn<QString>("exchange");

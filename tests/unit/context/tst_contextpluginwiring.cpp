@@ -52,6 +52,7 @@ struct Recorder
     ChunkService *strategyBus = nullptr;
     ChunkServiceProxy *factoryProxy = nullptr;
     ContextService *factoryContexts = nullptr;
+    MessageService *factoryMessages = nullptr;
 
     void note(const char *event)
     {
@@ -159,9 +160,10 @@ void ContextService::setBehaviours(std::vector<ChunkBehaviour *> &&behaviours)
 }
 
 ChunkBehaviourFactory::ChunkBehaviourFactory(ChunkServiceProxy &chunkServiceProxy,
-                                             ContextService &contextService)
+                                             ContextService &contextService, MessageService &messageService)
     : m_chunkServiceProxy(chunkServiceProxy)
     , m_contextService(contextService)
+    , m_messageService(messageService)
 {
 }
 std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
@@ -169,6 +171,7 @@ std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
     recorder->note("+behaviours");
     recorder->factoryProxy = &m_chunkServiceProxy;
     recorder->factoryContexts = &m_contextService;
+    recorder->factoryMessages = &m_messageService;
     return madeBehaviours();
 }
 
@@ -236,6 +239,7 @@ private Q_SLOTS:
         QCOMPARE(m_recorder.contexts, ContextPluginProbe::contexts(*m_plugin));
         QCOMPARE(m_recorder.factoryProxy, ContextPluginProbe::proxy(*m_plugin));
         QCOMPARE(m_recorder.factoryContexts, ContextPluginProbe::contexts(*m_plugin));
+        QCOMPARE(m_recorder.factoryMessages, ContextPluginProbe::messages(*m_plugin));
         QCOMPARE(m_recorder.strategyMessages, ContextPluginProbe::messages(*m_plugin));
         QVERIFY(m_recorder.proxy->getChunkService() == nullptr);
         QCOMPARE(m_plugin->getControllers().size(), std::size_t(1));
