@@ -8,15 +8,24 @@
 #include "contextfilegetcontroller.h"
 #include "contextformcontroller.h"
 #include "contextservice.h"
+#include "messagecontroller.h"
+#include "messageeventcontroller.h"
 
 #include <http/server/request.h>
 
 #include <QJsonDocument>
+#include <QLoggingCategory>
 #include <QRegularExpression>
 #include <QUrl>
 #include <QUrlQuery>
 
 using http::server::Request;
+
+static const QLoggingCategory &contextControllerStrategyLogging()
+{
+    static const QLoggingCategory category("ch.tessel.vexo-service.context.controllerstrategy");
+    return category;
+}
 
 static QRegularExpression contextRegularExpression()
 {
@@ -56,6 +65,18 @@ static QRegularExpression contextCredentialsRegularExpression()
     return expression;
 }
 
+static QRegularExpression messageEventRegularExpression()
+{
+    static const QRegularExpression expression(QStringLiteral(R"(^\/message\/event$)"));
+    return expression;
+}
+
+static QRegularExpression messageRegularExpression()
+{
+    static const QRegularExpression expression(QStringLiteral(R"(^\/message$)"));
+    return expression;
+}
+
 // Parameters, such as a charset, and other spellings are refused on purpose: clients rely on the exact match.
 static bool passesContentTypeGate(const Request &request)
 {
@@ -86,8 +107,10 @@ static http::Controller *createContextController(ContextService &contextService,
     return nullptr;
 }
 
-ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
+ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService,
+                                                     MessageService &messageService)
     : m_contextService(contextService)
+    , m_messageService(messageService)
     , m_changeRouter(contextService)
 {
 }
@@ -133,6 +156,10 @@ http::Controller *ContextControllerStrategy::createForGetOrDelete(const Request 
     const QRegularExpressionMatch event = contextInstanceEventRegularExpression().match(url);
     if (event.hasMatch())
         return new ContextEventController(*this, m_contextService, request.method(), event.captured(1));
+    if (messageEventRegularExpression().match(url).hasMatch()) {
+        qCDebug(contextControllerStrategyLogging) << "Received request matching message event polling URL";
+        return new MessageEventController(m_messageService);
+    }
     return createContextController(m_contextService, request, url);
 }
 
@@ -146,6 +173,11 @@ http::Controller *ContextControllerStrategy::createForPost(const Request &reques
     const QRegularExpressionMatch credentials = contextCredentialsRegularExpression().match(url);
     if (credentials.hasMatch() && passesContentTypeGate(request))
         return createCredentialsController(request, credentials.captured(1));
+    if (messageRegularExpression().match(url).hasMatch()) {
+        qCDebug(contextControllerStrategyLogging) << "Received request matching message URL";
+        if (passesContentTypeGate(request))
+            return new MessageController(m_messageService, request.method());
+    }
     return nullptr;
 }
 

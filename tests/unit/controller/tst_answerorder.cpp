@@ -51,6 +51,7 @@ private Q_SLOTS:
     void answers_data();
     void answers();
     void parkedPoll();
+    void parkedPollOfMessages();
 
 private:
     QStringList m_journal;
@@ -98,6 +99,9 @@ void AnswerOrderTest::answers_data()
     row("credentials taken", Method::Post, "/context/known/credentials", "", "[]", typed(200));
     row("form", Method::Post, "/context/known$form", "", "{}", {});
     row("parked", Method::Get, "/context/unknown/event", "", "", {});
+    row("messages consumed", Method::Post, "/message", "", "[]", typed(200));
+    row("no report of messages", Method::Post, "/message", "", "{", typed(200));
+    row("poll of messages parked", Method::Get, "/message/event", "", "", {});
 }
 
 void AnswerOrderTest::answers()
@@ -121,6 +125,17 @@ void AnswerOrderTest::parkedPoll()
     QCOMPARE(m_journal, QStringList());
     fixture.contexts.setContext(QStringLiteral("abc"), object(R"({"a":1})"));
     QCOMPARE(m_journal, cacheHeaders() + typed(200));
+}
+
+void AnswerOrderTest::parkedPollOfMessages()
+{
+    ContextFixture fixture;
+    const Exchange parked(fixture.strategy, Method::Get, "/message/event");
+    QCOMPARE(m_journal, QStringList());
+    fixture.messages.addMessage(structure::content::Message::createEmptyMessage());
+    QCOMPARE(m_journal, typed(200));
+    const Exchange answered(fixture.strategy, Method::Get, "/message/event");
+    QCOMPARE(m_journal, typed(200) + typed(200));
 }
 
 QTEST_GUILESS_MAIN(AnswerOrderTest)

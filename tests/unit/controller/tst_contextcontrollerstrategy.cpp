@@ -5,6 +5,8 @@
 #include "controller/contextcredentialscontroller.h"
 #include "controller/contexteventcontroller.h"
 #include "controller/contextformcontroller.h"
+#include "controller/messagecontroller.h"
+#include "controller/messageeventcontroller.h"
 
 #include <QtTest>
 
@@ -40,6 +42,10 @@ QByteArray kindOf(http::Controller *controller)
         return "form";
     if (dynamic_cast<ContextCredentialsController *>(controller) != nullptr)
         return "credentials";
+    if (dynamic_cast<MessageController *>(controller) != nullptr)
+        return "messages";
+    if (dynamic_cast<MessageEventController *>(controller) != nullptr)
+        return "message event";
     return controller == nullptr ? "none" : "other";
 }
 
@@ -74,6 +80,8 @@ private Q_SLOTS:
     void pathsOfPostAreMatchedAsText_data();
     void pathsOfPostAreMatchedAsText();
     void methodIsPassedOn();
+    void routesOfMessagesAreLogged_data();
+    void routesOfMessagesAreLogged();
     void everyRequestHasItsOwnController();
     void nothingIsRememberedAtFirst();
 };
@@ -95,7 +103,10 @@ void ContextControllerStrategyTest::routesByMethodAndPath_data()
                                               {"POST /context/abc$form", "form"},
                                               {"POST /context/abc/$form", "form"},
                                               {"POST /context/abc/credentials", "credentials"},
-                                              {"POST /context/abc/credentials/", "credentials"}};
+                                              {"POST /context/abc/credentials/", "credentials"},
+                                              {"POST /message", "messages"},
+                                              {"GET /message/event", "message event"},
+                                              {"DELETE /message/event", "message event"}};
     const QByteArrayList paths{"/context",
                                "/context/",
                                "/context/abc",
@@ -121,7 +132,13 @@ void ContextControllerStrategyTest::routesByMethodAndPath_data()
                                "/context/abc/credentials//",
                                "/context//credentials",
                                "/context/abc/Credentials",
-                               "/context/abc/credentials/x"};
+                               "/context/abc/credentials/x",
+                               "/message",
+                               "/message/",
+                               "/message/event",
+                               "/message/event/",
+                               "/message/other",
+                               "/message/event/x"};
     QTest::addColumn<Method>("method");
     QTest::addColumn<QByteArray>("target");
     QTest::addColumn<QByteArray>("kind");
@@ -171,7 +188,11 @@ void ContextControllerStrategyTest::gateLooksAtTheContentType()
              QByteArray(passes ? "form" : "none"));
     QCOMPARE(route(fixture.strategy, Method::Post, "/context/abc/credentials", headers),
              QByteArray(passes ? "credentials" : "none"));
+    QCOMPARE(route(fixture.strategy, Method::Post, "/message", headers),
+             QByteArray(passes ? "messages" : "none"));
     // No gate stands in front of these.
+    QCOMPARE(route(fixture.strategy, Method::Get, "/message/event", headers), QByteArray("message event"));
+    QCOMPARE(route(fixture.strategy, Method::Delete, "/message/event", headers), QByteArray("message event"));
     QCOMPARE(route(fixture.strategy, Method::Post, "/context", headers), QByteArray("create"));
     QCOMPARE(route(fixture.strategy, Method::Get, "/context/abc/event", headers), QByteArray("event"));
     QCOMPARE(route(fixture.strategy, Method::Delete, "/context/abc/event", headers), QByteArray("event"));
@@ -227,6 +248,12 @@ void ContextControllerStrategyTest::pathsAreMatchedAsText_data()
     QTest::newRow("asterisk") << QByteArray("*") << QByteArray("none");
     QTest::newRow("root") << QByteArray("/") << QByteArray("none");
     QTest::newRow("empty") << QByteArray("") << QByteArray("none");
+    QTest::newRow("encoded letter of the messages")
+        << QByteArray("/m%65ssage/event") << QByteArray("message event");
+    QTest::newRow("messages in other case") << QByteArray("/Message/event") << QByteArray("none");
+    QTest::newRow("something in front of the messages")
+        << QByteArray("/x/message/event") << QByteArray("none");
+    QTest::newRow("line feed after the messages") << QByteArray("/message/event%0A") << QByteArray("none");
 }
 
 void ContextControllerStrategyTest::pathsAreMatchedAsText()
@@ -317,6 +344,43 @@ void ContextControllerStrategyTest::methodIsPassedOn()
     fixture.contexts.setContext(QStringLiteral("abc"), object(R"({"k":1})"));
     const Exchange eventRemoval(fixture.strategy, Method::Delete, "/context/abc/event");
     QVERIFY(!eventRemoval.isAnswered());
+}
+
+void ContextControllerStrategyTest::routesOfMessagesAreLogged_data()
+{
+    QTest::addColumn<Method>("method");
+    QTest::addColumn<QByteArray>("target");
+    QTest::addColumn<QByteArray>("contentType");
+    QTest::addColumn<QStringList>("lines");
+    const QStringList polled{QStringLiteral("debug: Received request matching message event polling URL")};
+    const QStringList posted{QStringLiteral("debug: Received request matching message URL")};
+    const auto row = [](const char *name, Method method, const char *target, const char *contentType,
+                        const QStringList &lines) {
+        QTest::newRow(name) << method << QByteArray(target) << QByteArray(contentType) << lines;
+    };
+    row("poll", Method::Get, "/message/event", "", polled);
+    row("poll by DELETE", Method::Delete, "/message/event", "text/plain", polled);
+    row("report", Method::Post, "/message", "application/json", posted);
+    row("report that the gate stops", Method::Post, "/message", "text/plain", posted);
+    row("poll with a slash", Method::Get, "/message/event/", "", {});
+    row("report with a query", Method::Post, "/message?x=1", "", {});
+    row("poll by POST", Method::Post, "/message/event", "", {});
+    row("poll by PUT", Method::Put, "/message/event", "", {});
+    row("context", Method::Get, "/context/abc", "", {});
+    row("event of a context", Method::Get, "/context/abc/event", "", {});
+    row("new context", Method::Post, "/context", "", {});
+}
+
+void ContextControllerStrategyTest::routesOfMessagesAreLogged()
+{
+    QFETCH(Method, method);
+    QFETCH(QByteArray, target);
+    QFETCH(QByteArray, contentType);
+    QFETCH(QStringList, lines);
+    ContextFixture fixture;
+    const LogCapture log("ch.tessel.vexo-service.context.controllerstrategy");
+    (void)route(fixture.strategy, method, target, {{"Content-Type", contentType}});
+    QCOMPARE(linesOf(log), lines);
 }
 
 void ContextControllerStrategyTest::everyRequestHasItsOwnController()
