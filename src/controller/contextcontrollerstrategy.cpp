@@ -4,6 +4,7 @@
 #include "contextcreatecontroller.h"
 #include "contexteventcontroller.h"
 #include "contextfilegetcontroller.h"
+#include "contextfilepostcontroller.h"
 
 #include <http/server/request.h>
 
@@ -29,6 +30,12 @@ static QRegularExpression contextInstanceRegularExpression()
 static QRegularExpression contextInstanceEventRegularExpression()
 {
     static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/event\/?$)"));
+    return expression;
+}
+
+static QRegularExpression contextInstanceFileRegularExpression()
+{
+    static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/file\/?$)"));
     return expression;
 }
 
@@ -122,5 +129,8 @@ http::Controller *ContextControllerStrategy::createForPost(const QString &url)
 {
     if (contextRegularExpression().match(url).hasMatch())
         return new ContextCreateController(m_contextService);
+    const QRegularExpressionMatch file = contextInstanceFileRegularExpression().match(url);
+    if (file.hasMatch())
+        return new ContextFilePostController(m_contextService, file.captured(1));
     return nullptr;
 }

@@ -24,6 +24,7 @@ class ContextService;
  *     GET, DELETE        /context/{id}/event        ContextEventController
  *     GET, DELETE        /context/{id}/file/{name}  ContextFileGetController, with the query items
  *                                                   "download", set if it is "true", and "filename"
+ *     POST               /context/{id}/file         ContextFilePostController
  *
  * An id consists of ASCII letters and digits, and one trailing slash is allowed. A decoded name consists of
  * these and of "_", "-", "." and "%"; it is decoded once more for the controller. Event-loop thread only.
