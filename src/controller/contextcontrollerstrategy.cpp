@@ -6,6 +6,7 @@
 #include "contextcredentialscontroller.h"
 #include "contexteventcontroller.h"
 #include "contextfilegetcontroller.h"
+#include "contextfilepostcontroller.h"
 #include "contextformcontroller.h"
 #include "contextservice.h"
 #include "messagecontroller.h"
@@ -42,6 +43,12 @@ static QRegularExpression contextInstanceRegularExpression()
 static QRegularExpression contextInstanceEventRegularExpression()
 {
     static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/event\/?$)"));
+    return expression;
+}
+
+static QRegularExpression contextInstanceFileRegularExpression()
+{
+    static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/file\/?$)"));
     return expression;
 }
 
@@ -167,6 +174,9 @@ http::Controller *ContextControllerStrategy::createForPost(const Request &reques
 {
     if (contextRegularExpression().match(url).hasMatch())
         return new ContextCreateController(m_contextService);
+    const QRegularExpressionMatch file = contextInstanceFileRegularExpression().match(url);
+    if (file.hasMatch())
+        return new ContextFilePostController(m_contextService, file.captured(1));
     const QRegularExpressionMatch form = contextActionFormRegularExpression().match(url);
     if (form.hasMatch() && passesContentTypeGate(request))
         return new ContextFormController(m_contextService, form.captured(1));

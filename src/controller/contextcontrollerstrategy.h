@@ -25,6 +25,7 @@ class MessageService;
  *     GET, DELETE        /context/{id}/event        ContextEventController
  *     GET, DELETE        /context/{id}/file/{name}  ContextFileGetController, with the query items
  *                                                   "download", set if it is "true", and "filename"
+ *     POST               /context/{id}/file         ContextFilePostController
  *     POST               /context/{id}$form         ContextFormController, as for /context/{id}; the id may
  *                                                   have a slash behind it
  *     POST               /context/{id}/credentials  ContextCredentialsController, as for /context/{id}
