@@ -5,9 +5,8 @@ import os
 import platform
 
 WARM_UP = 1 / 5  # of the time
-SHORTEST_S = 120  # below, memory is still on its way to where it stays
-SHORTEST_WITH_EXPIRY_S = 300
-MOST_GROWTH = 256 * 1024  # bytes a minute that nothing accounts for
+SHORTEST_S = 300  # below, memory may still be on its way to where it stays, and nothing may have expired
+MOST_GROWTH = 64 * 1024  # bytes a minute that nothing accounts for
 
 
 def slope(pairs):
@@ -28,13 +27,12 @@ def rest(point):
 
 
 def judge_growth(run):
-    points = settled(run)
     if run.tally.failures or run.course.seconds < SHORTEST_S:
         return
-    growth = 60 * slope([(point.sample.at, rest(point)) for point in points])
+    growth = 60 * slope([(point.sample.at, rest(point)) for point in settled(run)])
     if growth > MOST_GROWTH:
         run.tally.fail(f"Memory grows by {growth / 1024:.0f} KiB a minute that nothing accounts for")
-    if run.course.seconds >= SHORTEST_WITH_EXPIRY_S and run.ledger.left and not run.ledger.expired:
+    if run.ledger.left and not run.ledger.expired:
         run.tally.fail(f"None of {run.ledger.left} contexts that nobody uses has expired")
 
 
