@@ -75,6 +75,8 @@ class Endpoint:
             if not self.closing:
                 self.tally.fail(f"{self.name}: {error}")
                 self.course.stop()
+                for future in [*self.awaited.values(), *self.awaited_lines.values()]:
+                    future.set_exception(error)
 
     def take(self, line):
         if line.startswith(b'{"error":'):
