@@ -10,6 +10,7 @@ import email.policy
 import http.client
 import http.server
 import json
+import os
 import pathlib
 import queue
 import shutil
@@ -26,7 +27,11 @@ BINARY = bytes(range(256)) + b"\r\n\r\n--\r\n\r\r\n\r\n----\r\n--"
 UPLOADS = {
     "one": {"report.txt": b"first line\nsecond line\n"},
     "three": {"c.txt": b"third", "a.txt": b"first\r\n", "b.txt": b"\nsecond"},
-    "names": {"lab report.txt": b"blank", "\u00dcberweisung f\u00fcr Zo\u00eb.txt": b"UTF-8", 'say "hi".txt': b"quotes"},
+    "names": {
+        "lab report.txt": b"blank",
+        "\u00dcberweisung f\u00fcr Zo\u00eb.txt": b"UTF-8",
+        'say "hi".txt': b"quotes",
+    },
     "empty": {"empty.txt": b""},
     "binary": {"binary.bin": BINARY},
 }
@@ -83,8 +88,8 @@ class Capture:
         with tempfile.TemporaryDirectory() as directory:
             for file, content in files.items():
                 pathlib.Path(directory, file).write_bytes(content)
-            subprocess.run(["curl", "--silent", "--show-error", *form, f"http://{self.address}/"],
-                           cwd=directory, check=True, timeout=PATIENCE_S)
+            curl = ["curl", "--disable", "--silent", "--show-error", "--noproxy", "*"]
+            subprocess.run([*curl, *form, f"http://{self.address}/"], cwd=directory, check=True, timeout=PATIENCE_S)
         self.keep(f"curl-{name}")
 
     def python(self, name, content_type, body):
@@ -100,6 +105,7 @@ class Capture:
         with tempfile.TemporaryDirectory() as profile:
             pathlib.Path(profile, "user.js").write_text('user_pref("browser.aboutwelcome.enabled", false);\n')
             browser = subprocess.Popen([*(argument.replace("PROFILE", profile) for argument in command), page],
+                                       env=dict(os.environ, HOME=profile, TMPDIR=profile),
                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
             try:
                 self.keep(name)
@@ -138,7 +144,7 @@ def capture_browser(capture, name, command):
     uploads["field"] = {"comment": "as discussed", "files": UPLOADS["one"]}
     uploads["none"] = {"files": {}}
     for upload, what in uploads.items():
-        files = {file: base64.b64encode(content).decode() for file, content in what["files"].items()}
+        files = [(file, base64.b64encode(content).decode()) for file, content in what["files"].items()]
         capture.browser(f"{name}-{upload}", command, dict(what, files=files))
 
 
