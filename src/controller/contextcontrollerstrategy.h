@@ -15,14 +15,19 @@ class ContextService;
 /**
  * The plug-in's route table, and the memory that its long polls share.
  *
- * Matches the whole URL, its query included, so that a request with a query reaches none of the routes:
+ * Matches the whole URL, its query included, so that a request with a query reaches none of the routes but
+ * that of a file's name, for which the path alone is matched, percent-decoded:
  *
- *     POST               /context              ContextCreateController
- *     GET, PUT, DELETE   /context/{id}         ContextController, unless the Content-Type is set and is not
- *                                              exactly "application/json"
- *     GET, DELETE        /context/{id}/event   ContextEventController
+ *     POST               /context                   ContextCreateController
+ *     GET, PUT, DELETE   /context/{id}              ContextController, unless the Content-Type is set and
+ *                                                   is not exactly "application/json"
+ *     GET, DELETE        /context/{id}/event        ContextEventController
+ *     GET, DELETE        /context/{id}/file/{name}  ContextFileGetController, with the query items
+ *                                                   "download", set if it is "true", and "filename"
+ *     POST               /context/{id}/file         ContextFilePostController
  *
- * An id consists of ASCII letters and digits, and one trailing slash is allowed. Event-loop thread only.
+ * An id consists of ASCII letters and digits, and one trailing slash is allowed. A decoded name consists of
+ * these and of "_", "-", "." and "%"; it is decoded once more for the controller. Event-loop thread only.
  */
 class ContextControllerStrategy final : public http::ControllerStrategy
 {
