@@ -106,12 +106,13 @@ class Capture:
             pathlib.Path(profile, "user.js").write_text('user_pref("browser.aboutwelcome.enabled", false);\n')
             browser = subprocess.Popen([*(argument.replace("PROFILE", profile) for argument in command), page],
                                        env=dict(os.environ, HOME=profile, TMPDIR=profile),
-                                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                                       stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
             try:
                 self.keep(name)
             finally:
                 browser.terminate()
-                browser.wait(PATIENCE_S)
+                # Until none of its processes is left that could write to the profile.
+                browser.communicate(timeout=PATIENCE_S)
 
 
 def quoted(name):
