@@ -2,6 +2,8 @@
 
 #include "addactionrequestsbehaviour.h"
 #include "addmatchingitemsbehaviour.h"
+#include "addmessagesbehaviour.h"
+#include "behaviour/newcontextbehaviour.h"
 #include "pluginsettings.h"
 #include "removeattachmentsbehaviour.h"
 #include "rpccreatecontextbehaviour.h"
@@ -15,10 +17,11 @@
 #include <initializer_list>
 
 ChunkBehaviourFactory::ChunkBehaviourFactory(CardService &cardService, ChunkServiceProxy &chunkServiceProxy,
-                                             ContextService &contextService)
+                                             ContextService &contextService, MessageService &messageService)
     : m_cardService(cardService)
     , m_chunkServiceProxy(chunkServiceProxy)
     , m_contextService(contextService)
+    , m_messageService(messageService)
 {
 }
 
@@ -35,8 +38,10 @@ std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
         new RpcSetContextBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcUpdateContextBehaviour(m_chunkServiceProxy, m_contextService),
         new AddMatchingItemsBehaviour(m_contextService),
+        new AddMessagesBehaviour(m_messageService),
         new AddActionRequestsBehaviour(m_contextService),
         new RemoveAttachmentsBehaviour(m_contextService),
+        new NewContextBehaviour(m_contextService),
     };
     behaviours.insert(behaviours.end(), always);
     return behaviours;

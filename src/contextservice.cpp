@@ -194,7 +194,7 @@ QJsonValue ContextService::updateContext(const QString &id, const QJsonValue &up
 }
 
 void ContextService::addFile(const QString &id, const QString &fileName, const QByteArray &bytes,
-                             domain::Coding coding)
+                             domain::Coding coding) // NOLINT(performance-unnecessary-value-param)
 {
     const QString key = fileKey(id, fileName);
     if (m_fileService.hasFile(key)) {

@@ -6,17 +6,27 @@
 #include "contextcredentialscontroller.h"
 #include "contexteventcontroller.h"
 #include "contextfilegetcontroller.h"
+#include "contextfilepostcontroller.h"
 #include "contextformcontroller.h"
 #include "contextservice.h"
+#include "messagecontroller.h"
+#include "messageeventcontroller.h"
 
 #include <http/server/request.h>
 
 #include <QJsonDocument>
+#include <QLoggingCategory>
 #include <QRegularExpression>
 #include <QUrl>
 #include <QUrlQuery>
 
 using http::server::Request;
+
+static const QLoggingCategory &contextControllerStrategyLogging()
+{
+    static const QLoggingCategory category("ch.tessel.vexo-service.context.controllerstrategy");
+    return category;
+}
 
 static QRegularExpression contextRegularExpression()
 {
@@ -33,6 +43,12 @@ static QRegularExpression contextInstanceRegularExpression()
 static QRegularExpression contextInstanceEventRegularExpression()
 {
     static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/event\/?$)"));
+    return expression;
+}
+
+static QRegularExpression contextInstanceFileRegularExpression()
+{
+    static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/file\/?$)"));
     return expression;
 }
 
@@ -53,6 +69,18 @@ static QRegularExpression contextCredentialsRegularExpression()
 {
     static const QRegularExpression expression(
         QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/credentials\/?$)"));
+    return expression;
+}
+
+static QRegularExpression messageEventRegularExpression()
+{
+    static const QRegularExpression expression(QStringLiteral(R"(^\/message\/event$)"));
+    return expression;
+}
+
+static QRegularExpression messageRegularExpression()
+{
+    static const QRegularExpression expression(QStringLiteral(R"(^\/message$)"));
     return expression;
 }
 
@@ -86,8 +114,10 @@ static http::Controller *createContextController(ContextService &contextService,
     return nullptr;
 }
 
-ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
+ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService,
+                                                     MessageService &messageService)
     : m_contextService(contextService)
+    , m_messageService(messageService)
     , m_changeRouter(contextService)
 {
 }
@@ -133,6 +163,10 @@ http::Controller *ContextControllerStrategy::createForGetOrDelete(const Request 
     const QRegularExpressionMatch event = contextInstanceEventRegularExpression().match(url);
     if (event.hasMatch())
         return new ContextEventController(*this, m_contextService, request.method(), event.captured(1));
+    if (messageEventRegularExpression().match(url).hasMatch()) {
+        qCDebug(contextControllerStrategyLogging) << "Received request matching message event polling URL";
+        return new MessageEventController(m_messageService);
+    }
     return createContextController(m_contextService, request, url);
 }
 
@@ -140,12 +174,20 @@ http::Controller *ContextControllerStrategy::createForPost(const Request &reques
 {
     if (contextRegularExpression().match(url).hasMatch())
         return new ContextCreateController(m_contextService);
+    const QRegularExpressionMatch file = contextInstanceFileRegularExpression().match(url);
+    if (file.hasMatch())
+        return new ContextFilePostController(m_contextService, file.captured(1));
     const QRegularExpressionMatch form = contextActionFormRegularExpression().match(url);
     if (form.hasMatch() && passesContentTypeGate(request))
         return new ContextFormController(m_contextService, form.captured(1));
     const QRegularExpressionMatch credentials = contextCredentialsRegularExpression().match(url);
     if (credentials.hasMatch() && passesContentTypeGate(request))
         return createCredentialsController(request, credentials.captured(1));
+    if (messageRegularExpression().match(url).hasMatch()) {
+        qCDebug(contextControllerStrategyLogging) << "Received request matching message URL";
+        if (passesContentTypeGate(request))
+            return new MessageController(m_messageService, request.method());
+    }
     return nullptr;
 }
 

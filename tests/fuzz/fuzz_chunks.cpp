@@ -5,7 +5,11 @@
 #include "chunkserviceproxy.h"
 #include "contextservice.h"
 #include "fileservice.h"
+#include "messageservice.h"
 #include "recordingchunkservice.h"
+#include "structure/content/messageconsumption.h"
+#include "structure/content/messageupdate.h"
+#include "structure/request/messageupdate.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -78,7 +82,8 @@ public:
     Plugin()
     {
         m_proxy.setChunkService(&m_bus);
-        m_contexts.setBehaviours(ChunkBehaviourFactory(*m_cards, m_proxy, m_contexts).createBehaviours());
+        m_contexts.setBehaviours(
+            ChunkBehaviourFactory(*m_cards, m_proxy, m_contexts, m_messages).createBehaviours());
     }
 
     // Leaves nothing of the input before.
@@ -96,6 +101,7 @@ public:
         m_contexts.setContext(QStringLiteral("a"), context);
         m_contexts.setContext(QStringLiteral("b"), QJsonArray{context});
         require(m_contexts.getContext(QStringLiteral("read only")).isNull());
+        consumeMessages();
     }
 
     void deliver(const QJsonValue &chunk)
@@ -105,16 +111,16 @@ public:
         if (!chunk[QLatin1String("source")].isUndefined())
             m_xml.empty();
         require(chunk.isObject() || m_bus.chunks.isEmpty());
-        QString created;
+        QStringList created;
         for (const QJsonValue &published : qAsConst(m_bus.chunks)) {
             require(published.isObject());
             const QString id = published[QLatin1String("data")][QLatin1String("contextId")].toString();
             if (!id.isEmpty() && published[QLatin1String("exchange")] == QLatin1String("context-created"))
-                created = id;
+                created.append(id);
         }
         // The next id would otherwise be waited for, up to a second.
-        if (!created.isEmpty())
-            m_contexts.deleteContext(created);
+        for (const QString &id : qAsConst(created))
+            m_contexts.deleteContext(id);
     }
 
     void requireAnswers()
@@ -127,14 +133,34 @@ public:
         deliver(request);
         require(m_contexts.getContext(QStringLiteral("z"))[QLatin1String("n")] == 1);
         require(m_bus.chunks.last() == reply);
+        static const QJsonValue message = parsed(R"({"exchange":"vexo-context-add-messages",
+                       "messages":[{"id":"z","title":"t","text":"last"}]})");
+        deliver(message);
+        require(m_messages.indentedUpdate().contains("last"));
     }
 
 private:
+    // Every message that is kept is told, and is gone once it is reported.
+    void consumeMessages()
+    {
+        require(QJsonDocument::fromJson(m_messages.indentedUpdate()).isArray());
+        structure::request::MessageUpdate form;
+        require(form.parse(m_messages.createMessageUpdate()));
+        structure::content::MessageUpdate update;
+        form.fill(update);
+        structure::content::MessageConsumption consumption;
+        for (const auto &message : qAsConst(update.messages))
+            consumption.identifiers.append(message.identifier());
+        m_messages.applyMessageConsumption(consumption);
+        require(!m_messages.hasMessages());
+    }
+
     XmlDirectory m_xml;
     RecordingChunkService m_bus;
     ChunkServiceProxy m_proxy;
     std::optional<CardService> m_cards{std::in_place};
     std::optional<FileService> m_files{std::in_place};
+    MessageService m_messages;
     ContextService m_contexts{m_proxy, *m_files};
     ChunkListener m_listener{*m_cards, m_contexts};
 };

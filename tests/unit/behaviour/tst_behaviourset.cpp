@@ -1,6 +1,8 @@
 #include "carddirectory.h"
 #include "chunkbehaviourfactory.h"
 #include "chunklistener.h"
+#include "messages.h"
+#include "messageservice.h"
 #include "rpcfixture.h"
 
 #include <QLoggingCategory>
@@ -52,7 +54,7 @@ struct Plugin : ContextStore
 {
     Plugin()
     {
-        contexts.setBehaviours(ChunkBehaviourFactory(cards, proxy, contexts).createBehaviours());
+        contexts.setBehaviours(ChunkBehaviourFactory(cards, proxy, contexts, messages).createBehaviours());
         contexts.setContext(keptId, kept);
         bus.chunks.clear();
         events.clear();
@@ -148,6 +150,14 @@ private Q_SLOTS:
             QTest::addRow("%s, first letter in capitals", exchange)
                 << QJsonValue(QJsonObject{{QStringLiteral("exchange"), QLatin1Char('V') + text.mid(1)}});
         }
+        QTest::newRow("messages in capitals")
+            << json(QStringLiteral(R"({"exchange":"VEXO-CONTEXT-ADD-MESSAGES","messages":[]})"));
+        QTest::newRow("messages that are none")
+            << json(QStringLiteral(R"({"exchange":"vexo-context-add-messages","messages":{}})"));
+        QTest::newRow("new context in capitals")
+            << json(QStringLiteral(R"({"data":{"event":"New-context","data":{}}})"));
+        QTest::newRow("new context that is none")
+            << json(QStringLiteral(R"({"data":{"event":"new-context","data":[]}})"));
     }
     void chunkOfNobodyVanishes()
     {
@@ -162,6 +172,7 @@ private Q_SLOTS:
         QVERIFY(plugin.isIntact());
         QVERIFY(plugin.bus.chunks.isEmpty());
         QCOMPARE(m_directory->files(), QStringList());
+        QVERIFY(!plugin.messages.hasMessages());
     }
 
     void linesOfAllBehavioursAreCounted_data()
@@ -383,6 +394,71 @@ private Q_SLOTS:
         QCOMPARE(m_directory->files(), QStringList(QStringLiteral("vkc_10.xml")));
     }
 
+    void strangeMessages_data() { values(); }
+    void strangeMessages()
+    {
+        QFETCH(QJsonValue, value);
+        const QString valid = QStringLiteral(R"({"id":"a","title":"t","text":"x"})");
+        QJsonObject odd = json(valid).toObject();
+        odd.insert(QStringLiteral("id"), QStringLiteral("b"));
+        for (const char *key : {"subtitle", "timestamp", "type", "lifetime"})
+            odd.insert(QLatin1String(key), value);
+        QJsonObject strange;
+        for (const char *key : {"id", "title", "text"})
+            strange.insert(QLatin1String(key), value);
+        Plugin plugin;
+        for (const QJsonValue &messages :
+             {value, QJsonValue(QJsonArray{value, strange, json(valid), QJsonArray{value}, odd})})
+            plugin.deliver(
+                QJsonObject{{QStringLiteral("exchange"), QStringLiteral("vexo-context-add-messages")},
+                            {QStringLiteral("messages"), messages}});
+        const QStringList queue = textsOf(plugin.messages.createMessageUpdate()).keys();
+        QCOMPARE(queue.size(), value.isString() ? 3 : 2);
+        QVERIFY(queue.contains(QStringLiteral("a")) && queue.contains(QStringLiteral("b")));
+        QVERIFY(plugin.isIntact());
+        QVERIFY(plugin.bus.chunks.isEmpty());
+    }
+
+    void strangeAnnouncements_data() { values(); }
+    void strangeAnnouncements()
+    {
+        QFETCH(QJsonValue, value);
+        const QString data = QStringLiteral("data");
+        const QString event = QStringLiteral("event");
+        Plugin plugin;
+        plugin.deliver(QJsonObject{{data, value}});
+        plugin.deliver(QJsonObject{{data, QJsonObject{{event, value}, {data, QJsonObject()}}}});
+        QVERIFY(plugin.bus.chunks.isEmpty());
+        plugin.deliver(
+            QJsonObject{{data, QJsonObject{{event, QStringLiteral("new-context")}, {data, value}}}});
+        QVERIFY(plugin.isIntact());
+        QCOMPARE(plugin.contexts.getContextKeys().size(), value.isObject() ? 2 : 1);
+        QCOMPARE(plugin.bus.chunks.size(), value.isObject() ? 2 : 0);
+    }
+
+    // None can claim a chunk; they act in the order of the set.
+    void chunkOfTwoIsActedOnByBoth()
+    {
+        const QString twice = QStringLiteral(R"("data":{"event":"new-context","data":{"y":1}})");
+        Plugin plugin;
+        plugin.deliver(json(
+            QStringLiteral(R"({"exchange":"vexo-context-rpc-set","body":{"_id":"a","x":1},%1})").arg(twice)));
+        QCOMPARE(plugin.contexts.getContextKeys().size(), 3);
+        QCOMPARE(plugin.events.at(0), QStringLiteral(R"(chunk {"x":1} {"x":1})"));
+        QVERIFY(plugin.events.at(3).startsWith(QLatin1String("created ")));
+
+        plugin.events.clear();
+        bool wasCreated = false;
+        connect(&plugin.messages, &MessageService::messagesAvailable, this,
+                [&] { wasCreated = !plugin.events.isEmpty(); });
+        plugin.deliver(json(QStringLiteral(R"({"exchange":"vexo-context-add-messages",)"
+                                           R"("messages":[{"id":"a","title":"t","text":"x"}],%1})")
+                                .arg(twice)));
+        QVERIFY(plugin.messages.hasMessages());
+        QCOMPARE(plugin.contexts.getContextKeys().size(), 4);
+        QVERIFY(!wasCreated);
+    }
+
     // After anything at all the set still does its work.
     void setStillAnswersAfterEverything()
     {
@@ -397,6 +473,15 @@ private Q_SLOTS:
                                            {QStringLiteral("properties"), strange.value}});
             }
         }
+        for (const Value &strange : strangeValues()) {
+            if (strange.value.isObject())
+                continue; // would make a context, for which the next one has to wait
+            plugin.deliver(
+                json(QStringLiteral(R"({"exchange":"vexo-context-add-messages","messages":[7]})")));
+            plugin.deliver(QJsonObject{
+                {QStringLiteral("data"), QJsonObject{{QStringLiteral("event"), QStringLiteral("new-context")},
+                                                     {QStringLiteral("data"), strange.value}}}});
+        }
         plugin.bus.chunks.clear();
         plugin.deliver(
             request(QStringLiteral("vexo-context-rpc-set"), QStringLiteral(R"({"_id":"a","x":1})")));
@@ -405,6 +490,12 @@ private Q_SLOTS:
     }
 
 private:
+    static void values()
+    {
+        QTest::addColumn<QJsonValue>("value");
+        for (const Value &strange : strangeValues())
+            QTest::newRow(strange.name) << strange.value;
+    }
     // Those with `part`, but for those with `other`.
     static void places(const QString &part = QString(), const QString &other = QStringLiteral("none"))
     {

@@ -2,13 +2,17 @@
 
 #include "addactionrequestsbehaviour.h"
 #include "addmatchingitemsbehaviour.h"
+#include "addmessagesbehaviour.h"
+#include "behaviour/newcontextbehaviour.h"
 #include "carddirectory.h"
+#include "messages.h"
 #include "removeattachmentsbehaviour.h"
 #include "rpccreatecontextbehaviour.h"
 #include "rpcdeletecontextbehaviour.h"
 #include "rpcfixture.h"
 #include "rpcsetcontextbehaviour.h"
 #include "rpcupdatecontextbehaviour.h"
+#include "structure/chunk/addmessage.h"
 #include "writecardtoxmlbehaviour.h"
 #include "writefiletocontextbehaviour.h"
 #include "writevekatoxmlbehaviour.h"
@@ -23,7 +27,7 @@ std::vector<std::unique_ptr<ChunkBehaviour>> ownedSet(ContextStore &store)
 {
     std::vector<std::unique_ptr<ChunkBehaviour>> set;
     for (ChunkBehaviour *behaviour :
-         ChunkBehaviourFactory(store.cards, store.proxy, store.contexts).createBehaviours())
+         ChunkBehaviourFactory(store.cards, store.proxy, store.contexts, store.messages).createBehaviours())
         set.emplace_back(behaviour);
     return set;
 }
@@ -60,7 +64,7 @@ private Q_SLOTS:
         ContextStore store;
         const auto set = ownedSet(store);
         const std::size_t first = writesCards ? 2 : 0;
-        QCOMPARE(set.size(), first + 8);
+        QCOMPARE(set.size(), first + 10);
         if (writesCards) {
             QVERIFY(is<WriteCardToXmlBehaviour>(set.at(0)));
             QVERIFY(is<WriteVekaToXmlBehaviour>(set.at(1)));
@@ -71,8 +75,10 @@ private Q_SLOTS:
         QVERIFY(is<RpcSetContextBehaviour>(set.at(first + 3)));
         QVERIFY(is<RpcUpdateContextBehaviour>(set.at(first + 4)));
         QVERIFY(is<AddMatchingItemsBehaviour>(set.at(first + 5)));
-        QVERIFY(is<AddActionRequestsBehaviour>(set.at(first + 6)));
-        QVERIFY(is<RemoveAttachmentsBehaviour>(set.at(first + 7)));
+        QVERIFY(is<AddMessagesBehaviour>(set.at(first + 6)));
+        QVERIFY(is<AddActionRequestsBehaviour>(set.at(first + 7)));
+        QVERIFY(is<RemoveAttachmentsBehaviour>(set.at(first + 8)));
+        QVERIFY(is<NewContextBehaviour>(set.at(first + 9)));
     }
 
     void settingIsThatOfTheSystemAlone()
@@ -103,7 +109,8 @@ private Q_SLOTS:
         store.cards.pushChunk(
             cardChunk(QStringLiteral("Vexo"), cardXml(QStringLiteral("1"), QStringLiteral("10"))));
         store.contexts.setBehaviours(
-            ChunkBehaviourFactory(store.cards, store.proxy, store.contexts).createBehaviours());
+            ChunkBehaviourFactory(store.cards, store.proxy, store.contexts, store.messages)
+                .createBehaviours());
         store.contexts.pushChunk(
             cardChunk(QStringLiteral("veka"), QStringLiteral("<unique_id>1</unique_id>")));
         QCOMPARE(directory.files(), QStringList(QStringLiteral("vkc_10.xml")));
@@ -112,7 +119,7 @@ private Q_SLOTS:
     void everyCallMakesANewSet()
     {
         ContextStore store;
-        ChunkBehaviourFactory factory(store.cards, store.proxy, store.contexts);
+        ChunkBehaviourFactory factory(store.cards, store.proxy, store.contexts, store.messages);
         const std::vector<ChunkBehaviour *> first = factory.createBehaviours();
         const std::vector<ChunkBehaviour *> second = factory.createBehaviours();
         QVERIFY(first.front() != second.front());
@@ -128,13 +135,17 @@ private Q_SLOTS:
         ContextStore store;
         ContextStore other;
         store.contexts.setBehaviours(
-            ChunkBehaviourFactory(store.cards, other.proxy, store.contexts).createBehaviours());
+            ChunkBehaviourFactory(store.cards, other.proxy, store.contexts, store.messages)
+                .createBehaviours());
         store.contexts.pushChunk(
             request(QStringLiteral("vexo-context-rpc-set"), QStringLiteral(R"({"_id":"a"})")));
         QCOMPARE(contents(store), QStringLiteral(R"({"a":{}})"));
         QCOMPARE(contents(other), QStringLiteral("{}"));
         QCOMPARE(published(store), QStringList());
         QCOMPARE(published(other), QStringList(answer(QStringLiteral("{}"))));
+        QVERIFY(!store.messages.hasMessages());
+        store.contexts.pushChunk(structure::chunk::AddMessage::create(message("a")));
+        QVERIFY(store.messages.hasMessages());
     }
 };
 

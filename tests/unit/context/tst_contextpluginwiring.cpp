@@ -8,6 +8,7 @@
 #include "contextservice.h"
 #include "controller/contextcontrollerstrategy.h"
 #include "fileservice.h"
+#include "messageservice.h"
 #include "recordingchunkservice.h"
 
 #include <QJsonObject>
@@ -27,6 +28,7 @@ struct ContextPluginProbe
         text += QLatin1String(plugin.m_contextControllerStrategy ? "R" : "-");
         text += QLatin1String(plugin.m_cardService ? "K" : "-");
         text += QLatin1String(plugin.m_contextService ? "C" : "-");
+        text += QLatin1String(plugin.m_messageService ? "M" : "-");
         text += QLatin1String(plugin.m_chunkListener ? "L" : "-");
         text += QLatin1String(plugin.m_chunkServiceProxy ? "P" : "-");
         text += QLatin1String(plugin.m_fileService ? "F" : "-");
@@ -36,6 +38,7 @@ struct ContextPluginProbe
     static ChunkServiceProxy *proxy(const ContextPlugin &plugin) { return plugin.m_chunkServiceProxy.get(); }
     static FileService *files(const ContextPlugin &plugin) { return plugin.m_fileService.get(); }
     static ContextService *contexts(const ContextPlugin &plugin) { return plugin.m_contextService.get(); }
+    static MessageService *messages(const ContextPlugin &plugin) { return plugin.m_messageService.get(); }
     static ChunkListener *listener(const ContextPlugin &plugin) { return plugin.m_chunkListener.get(); }
 };
 
@@ -49,10 +52,12 @@ struct Recorder
     ChunkServiceProxy *proxy = nullptr;
     FileService *files = nullptr;
     ContextService *contexts = nullptr;
+    MessageService *strategyMessages = nullptr;
     ChunkService *strategyBus = nullptr;
     CardService *factoryCards = nullptr;
     ChunkServiceProxy *factoryProxy = nullptr;
     ContextService *factoryContexts = nullptr;
+    MessageService *factoryMessages = nullptr;
 
     void note(const char *event)
     {
@@ -133,6 +138,15 @@ FileService::~FileService()
     recorder->note("-files");
 }
 
+MessageService::MessageService()
+{
+    recorder->note("+messages");
+}
+MessageService::~MessageService()
+{
+    recorder->note("-messages");
+}
+
 ContextService::ContextService(ChunkServiceProxy &proxy, FileService &files)
     : m_chunkServiceProxy(proxy)
     , m_fileService(files)
@@ -162,10 +176,11 @@ void ContextService::setBehaviours(std::vector<ChunkBehaviour *> &&behaviours)
 }
 
 ChunkBehaviourFactory::ChunkBehaviourFactory(CardService &cardService, ChunkServiceProxy &chunkServiceProxy,
-                                             ContextService &contextService)
+                                             ContextService &contextService, MessageService &messageService)
     : m_cardService(cardService)
     , m_chunkServiceProxy(chunkServiceProxy)
     , m_contextService(contextService)
+    , m_messageService(messageService)
 {
 }
 std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
@@ -174,15 +189,19 @@ std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
     recorder->factoryCards = &m_cardService;
     recorder->factoryProxy = &m_chunkServiceProxy;
     recorder->factoryContexts = &m_contextService;
+    recorder->factoryMessages = &m_messageService;
     return madeBehaviours();
 }
 
-ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
+ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService,
+                                                     MessageService &messageService)
     : m_contextService(contextService)
+    , m_messageService(messageService)
     , m_changeRouter(contextService)
 {
     recorder->note("+routes");
     recorder->contexts = &contextService;
+    recorder->strategyMessages = &m_messageService;
 }
 ContextControllerStrategy::~ContextControllerStrategy()
 {
@@ -229,10 +248,11 @@ private Q_SLOTS:
     {
         m_plugin->initialize();
         QCOMPARE(m_recorder.journal,
-                 QStringList({QStringLiteral("+cards ------"), QStringLiteral("+files -K--P-"),
-                              QStringLiteral("+contexts -K--PF"), QStringLiteral("+behaviours -KC-PF"),
-                              QStringLiteral("=behaviours -KC-PF"), QStringLiteral("+routes -KC-PF")}));
-        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("RKCLPF"));
+                 QStringList({QStringLiteral("+cards -------"), QStringLiteral("+files -K---P-"),
+                              QStringLiteral("+contexts -K---PF"), QStringLiteral("+messages -KC--PF"),
+                              QStringLiteral("+behaviours -KCM-PF"), QStringLiteral("=behaviours -KCM-PF"),
+                              QStringLiteral("+routes -KCM-PF")}));
+        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("RKCMLPF"));
         QCOMPARE(m_recorder.cards, ContextPluginProbe::cards(*m_plugin));
         QCOMPARE(m_recorder.factoryCards, ContextPluginProbe::cards(*m_plugin));
         QCOMPARE(m_recorder.proxy, ContextPluginProbe::proxy(*m_plugin));
@@ -240,6 +260,8 @@ private Q_SLOTS:
         QCOMPARE(m_recorder.contexts, ContextPluginProbe::contexts(*m_plugin));
         QCOMPARE(m_recorder.factoryProxy, ContextPluginProbe::proxy(*m_plugin));
         QCOMPARE(m_recorder.factoryContexts, ContextPluginProbe::contexts(*m_plugin));
+        QCOMPARE(m_recorder.factoryMessages, ContextPluginProbe::messages(*m_plugin));
+        QCOMPARE(m_recorder.strategyMessages, ContextPluginProbe::messages(*m_plugin));
         QVERIFY(m_recorder.proxy->getChunkService() == nullptr);
         QCOMPARE(m_plugin->getControllers().size(), std::size_t(1));
     }
@@ -257,8 +279,9 @@ private Q_SLOTS:
         m_recorder.journal.clear();
         AttachingBus bus;
         m_plugin->attachChunkService(bus);
-        QCOMPARE(m_recorder.journal, QStringList({QStringLiteral("routes get the bus after the proxy RKCLPF"),
-                                                  QStringLiteral("listener attached RKCLPF")}));
+        QCOMPARE(m_recorder.journal,
+                 QStringList({QStringLiteral("routes get the bus after the proxy RKCMLPF"),
+                              QStringLiteral("listener attached RKCMLPF")}));
         QCOMPARE(m_recorder.proxy->getChunkService(), &bus);
         QCOMPARE(m_recorder.strategyBus, &bus);
         QCOMPARE(bus.listener, ContextPluginProbe::listener(*m_plugin));
@@ -278,7 +301,7 @@ private Q_SLOTS:
 
         bus.listener->onChunkUpdated(QJsonObject{{QStringLiteral("x"), 7}});
         QCOMPARE(m_recorder.journal,
-                 QStringList({QStringLiteral("card x RKCLPF"), QStringLiteral("pushChunk x RKCLPF")}));
+                 QStringList({QStringLiteral("card x RKCMLPF"), QStringLiteral("pushChunk x RKCMLPF")}));
         QCOMPARE(m_recorder.cards, ContextPluginProbe::cards(*m_plugin));
         QCOMPARE(m_recorder.contexts, ContextPluginProbe::contexts(*m_plugin));
     }
@@ -294,10 +317,10 @@ private Q_SLOTS:
                     {ContextPluginProbe::cards(*m_plugin), "-cards"}}};
         m_plugin.reset();
         QCOMPARE(m_recorder.journal,
-                 QStringList({QStringLiteral("-files RKCLP-"), QStringLiteral("-proxy RKCL--"),
-                              QStringLiteral("-listener RKC---"), QStringLiteral("-contexts RK----"),
-                              QStringLiteral("-cards R-----"), QStringLiteral("-routes ------"),
-                              QStringLiteral("list filled ------")}));
+                 QStringList({QStringLiteral("-files RKCMLP-"), QStringLiteral("-proxy RKCML--"),
+                              QStringLiteral("-listener RKCM---"), QStringLiteral("-messages RKC----"),
+                              QStringLiteral("-contexts RK-----"), QStringLiteral("-cards R------"),
+                              QStringLiteral("-routes -------"), QStringLiteral("list filled ------")}));
     }
 
     void initializeAgainDropsTheEarlierObjects()
@@ -305,7 +328,7 @@ private Q_SLOTS:
         m_plugin->initialize();
         m_recorder.journal.clear();
         m_plugin->initialize();
-        for (const char *event : {"-files", "-contexts", "-routes"})
+        for (const char *event : {"-files", "-contexts", "-messages", "-routes"})
             QCOMPARE(m_recorder.journal.filter(QLatin1String(event)).size(), 1);
     }
 
