@@ -4,6 +4,7 @@
 #include "addmatchingitemsbehaviour.h"
 #include "rpccreatecontextbehaviour.h"
 #include "rpcdeletecontextbehaviour.h"
+#include "rpcgetfilebehaviour.h"
 #include "rpcsetcontextbehaviour.h"
 #include "rpcupdatecontextbehaviour.h"
 
@@ -19,6 +20,7 @@ std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
     return {
         new RpcCreateContextBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcDeleteContextBehaviour(m_chunkServiceProxy, m_contextService),
+        new RpcGetFileBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcSetContextBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcUpdateContextBehaviour(m_chunkServiceProxy, m_contextService),
         new AddMatchingItemsBehaviour(m_contextService),

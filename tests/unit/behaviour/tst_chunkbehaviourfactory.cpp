@@ -5,9 +5,10 @@
 #include "rpccreatecontextbehaviour.h"
 #include "rpcdeletecontextbehaviour.h"
 #include "rpcfixture.h"
-
+#include "rpcgetfilebehaviour.h"
 #include "rpcsetcontextbehaviour.h"
 #include "rpcupdatecontextbehaviour.h"
+
 #include <QLoggingCategory>
 
 #include <memory>
@@ -36,13 +37,14 @@ private Q_SLOTS:
         for (ChunkBehaviour *behaviour :
              ChunkBehaviourFactory(store.proxy, store.contexts).createBehaviours())
             set.emplace_back(behaviour);
-        QCOMPARE(set.size(), std::size_t(6));
+        QCOMPARE(set.size(), std::size_t(7));
         QVERIFY(is<RpcCreateContextBehaviour>(set.at(0)));
         QVERIFY(is<RpcDeleteContextBehaviour>(set.at(1)));
-        QVERIFY(is<RpcSetContextBehaviour>(set.at(2)));
-        QVERIFY(is<RpcUpdateContextBehaviour>(set.at(3)));
-        QVERIFY(is<AddMatchingItemsBehaviour>(set.at(4)));
-        QVERIFY(is<AddActionRequestsBehaviour>(set.at(5)));
+        QVERIFY(is<RpcGetFileBehaviour>(set.at(2)));
+        QVERIFY(is<RpcSetContextBehaviour>(set.at(3)));
+        QVERIFY(is<RpcUpdateContextBehaviour>(set.at(4)));
+        QVERIFY(is<AddMatchingItemsBehaviour>(set.at(5)));
+        QVERIFY(is<AddActionRequestsBehaviour>(set.at(6)));
     }
 
     void everyCallMakesANewSet()
