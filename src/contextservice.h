@@ -39,6 +39,9 @@ public:
     ~ContextService() override;
     Q_DISABLE_COPY_MOVE(ContextService)
 
+    /// Where the service gets the bus from; as given to the constructor.
+    [[nodiscard]] const ChunkServiceProxy &chunkServiceProxy() const { return m_chunkServiceProxy; }
+
     /// Takes over the behaviours; those held already are deleted first, from the last to the first.
     void setBehaviours(std::vector<ChunkBehaviour *> &&behaviours);
 
