@@ -62,7 +62,7 @@ private Q_SLOTS:
         domain::Coding coding;
         coding.setCode(QStringLiteral("c"));
         const QString id = QStringLiteral("a");
-        store.contexts.addFile(id, QStringLiteral("z.pdf"), QByteArray("\0\xff\n", 3), coding);
+        store.contexts.addFile(id, QStringLiteral("z.pdf"), QByteArray("\0\xff\n\xfb\xff\xfe", 6), coding);
         store.contexts.addFile(id, QStringLiteral("b c%.txt"), "text", domain::Coding());
         store.contexts.addFile(QStringLiteral("other"), QStringLiteral("x"), "x", domain::Coding());
         const QString before = contents(store);
@@ -70,7 +70,7 @@ private Q_SLOTS:
         RpcGetFileBehaviour behaviour(store.proxy, store.contexts);
         behaviour.onChunk(request(exchange, QStringLiteral(R"({"context":"a"})")));
         const QString first =
-            QStringLiteral(R"({"content":{"attachment":{"data":"AP8K","url":"/context/a/file/z.pdf"}},)"
+            QStringLiteral(R"({"content":{"attachment":{"data":"AP8K+//+","url":"/context/a/file/z.pdf"}},)"
                            R"("resourceType":"DocumentReference","status":"superseded",)"
                            R"("type":{"coding":[{"code":"c"}]}})");
         const QString second = QStringLiteral(
