@@ -2,20 +2,26 @@
 
 #include <vector>
 
+class CardService;
 class ChunkBehaviour;
 class ChunkServiceProxy;
 class ContextService;
+class MessageService;
 
 /// Builds the set of behaviours, once at start-up. Keeps the references.
 class ChunkBehaviourFactory final
 {
 public:
-    ChunkBehaviourFactory(ChunkServiceProxy &chunkServiceProxy, ContextService &contextService);
+    ChunkBehaviourFactory(CardService &cardService, ChunkServiceProxy &chunkServiceProxy,
+                          ContextService &contextService, MessageService &messageService);
 
-    /// New behaviours in the order in which a chunk is offered to them. The caller owns them.
+    /// New behaviours in the order in which a chunk is offered to them. The caller owns them. The two that
+    /// write the XML of cards are among them only if readXmlDirectory() gives something now, and come first.
     [[nodiscard]] std::vector<ChunkBehaviour *> createBehaviours();
 
 private:
+    CardService &m_cardService;
     ChunkServiceProxy &m_chunkServiceProxy;
     ContextService &m_contextService;
+    MessageService &m_messageService;
 };

@@ -1,11 +1,13 @@
 #include "contextplugin.h"
 
+#include "cardservice.h"
 #include "chunkbehaviourfactory.h"
 #include "chunklistener.h"
 #include "chunkserviceproxy.h"
 #include "contextservice.h"
 #include "controller/contextcontrollerstrategy.h"
 #include "fileservice.h"
+#include "messageservice.h"
 #include "pluginsettings.h"
 
 #include <k7-plugin-api/chunkservice.h>
@@ -28,20 +30,26 @@ ContextPlugin::~ContextPlugin()
     m_fileService.reset();
     m_chunkServiceProxy.reset();
     m_chunkListener.reset();
+    m_messageService.reset();
     m_contextService.reset();
+    m_cardService.reset();
     m_contextControllerStrategy.reset();
 }
 
 void ContextPlugin::initialize()
 {
+    m_cardService = std::make_unique<CardService>();
     m_chunkServiceProxy = std::make_unique<ChunkServiceProxy>();
     m_fileService = std::make_unique<FileService>();
     m_contextService = std::make_unique<ContextService>(*m_chunkServiceProxy, *m_fileService);
+    m_messageService = std::make_unique<MessageService>();
     m_contextService->setBehaviours(
-        ChunkBehaviourFactory(*m_chunkServiceProxy, *m_contextService).createBehaviours());
-    m_contextControllerStrategy = std::make_unique<ContextControllerStrategy>(*m_contextService);
+        ChunkBehaviourFactory(*m_cardService, *m_chunkServiceProxy, *m_contextService, *m_messageService)
+            .createBehaviours());
+    m_contextControllerStrategy =
+        std::make_unique<ContextControllerStrategy>(*m_contextService, *m_messageService);
     m_strategies.push_back(m_contextControllerStrategy.get());
-    m_chunkListener = std::make_unique<ChunkListener>(*m_contextService);
+    m_chunkListener = std::make_unique<ChunkListener>(*m_cardService, *m_contextService);
     armDefaultValue();
 }
 

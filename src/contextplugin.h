@@ -7,19 +7,21 @@
 #include <memory>
 #include <vector>
 
+class CardService;
 class ChunkListener;
 class ChunkServiceProxy;
 class ContextControllerStrategy;
 class ContextService;
 class FileService;
+class MessageService;
 class QLoggingCategory;
 
 /**
  * The plug-in, as the host loads it: builds all other objects, owns them and passes the bus on.
  *
  * The fields are emptied in the reverse of their order, so that ContextService, with its behaviours, and the
- * route table outlive the files, the proxy and the listener. The plug-in does not detach itself from the bus:
- * the host stops delivering to the listener first. Event-loop thread only.
+ * route table outlive the files, the proxy, the listener and the messages. The plug-in does not detach itself
+ * from the bus: the host stops delivering to the listener first. Event-loop thread only.
  */
 class ContextPlugin final : public QObject, public VexoServicePlugin
 {
@@ -55,7 +57,9 @@ private:
 
     std::vector<http::ControllerStrategy *> m_strategies;
     std::unique_ptr<ContextControllerStrategy> m_contextControllerStrategy;
+    std::unique_ptr<CardService> m_cardService;
     std::unique_ptr<ContextService> m_contextService;
+    std::unique_ptr<MessageService> m_messageService;
     std::unique_ptr<ChunkListener> m_chunkListener;
     std::unique_ptr<ChunkServiceProxy> m_chunkServiceProxy;
     std::unique_ptr<FileService> m_fileService;

@@ -1,9 +1,13 @@
 #include "contextservice.h"
 
+#include "attachmententry.h"
 #include "chunkbehaviour.h"
 #include "chunkserviceproxy.h"
-#include "constants/context.h"
 #include "contextcollector.h"
+#include "contextdata.h"
+#include "fhir/stu3/coding.h"
+#include "fileservice.h"
+#include "pairedresources.h"
 #include "structure/chunk/contextcreated.h"
 #include "structure/chunk/contextremoved.h"
 
@@ -13,7 +17,6 @@
 #include <QJsonObject>
 #include <QLoggingCategory>
 #include <QTimer>
-#include <QVector>
 
 #include <utility>
 
@@ -41,44 +44,9 @@ static void logSetting(const QString &id, const QJsonValue &value)
     }
 }
 
-static bool isDerivedKey(const QString &key)
+static QString fileKey(const QString &id, const QString &fileName)
 {
-    return key == QLatin1String("matchingItems")
-           || key == constants::structure::context::actionRequestsKeyName()
-           || key == constants::structure::context::inboxKeyName() || key == QLatin1String("attachments");
-}
-
-// The keys of `next` that change the context's data. A removed key is deliberately no change, nor is a new
-// key whose value is null.
-static QJsonObject changedKeys(const QJsonObject &old, const QJsonObject &next)
-{
-    QJsonObject changed;
-    for (auto it = next.constBegin(); it != next.constEnd(); ++it) {
-        const QString key = it.key();
-        if (isDerivedKey(key))
-            continue;
-        const auto before = old.constFind(key);
-        const QJsonValue value = it.value();
-        if (before == old.constEnd() ? !value.isNull() : before.value() != value)
-            changed.insert(key, value);
-    }
-    return changed;
-}
-
-// Built anew: Qt's object keeps the bytes of a value that is replaced in it, so that a context merged in
-// place would grow with every update.
-static QJsonObject merged(const QJsonObject &current, const QJsonObject &update)
-{
-    QJsonObject result;
-    for (auto it = current.constBegin(); it != current.constEnd(); ++it) {
-        const auto changed = update.constFind(it.key());
-        result.insert(it.key(), changed == update.constEnd() ? it.value() : changed.value());
-    }
-    for (auto it = update.constBegin(); it != update.constEnd(); ++it) {
-        if (!current.contains(it.key()))
-            result.insert(it.key(), it.value());
-    }
-    return result;
+    return id + QLatin1Char('_') + fileName;
 }
 
 ContextService::ContextService(ChunkServiceProxy &chunkServiceProxy, FileService &fileService)
@@ -186,7 +154,7 @@ QJsonValue ContextService::store(const QString &id, QJsonValue &&value, QJsonObj
     }
     // A value that is no object deliberately leaves an empty one.
     QJsonObject next = value.toObject();
-    update = changedKeys(stored.toObject(), next);
+    update = contextdata::changedKeys(stored.toObject(), next);
     if (!update.isEmpty()) {
         qCDebug(contextServiceLogging) << update.keys() << "keys changed. Delete matching items.";
         next.insert(QStringLiteral("matchingItems"), QJsonArray());
@@ -220,9 +188,48 @@ QJsonValue ContextService::updateContext(const QString &id, const QJsonValue &up
     }
     if (!current.isObject() || !update.isObject())
         return QJsonValue::Null;
-    const QJsonObject result = merged(current.toObject(), update.toObject());
+    const QJsonObject result = contextdata::merged(current.toObject(), update.toObject());
     setContext(id, result);
     return result;
+}
+
+void ContextService::addFile(const QString &id, const QString &fileName, const QByteArray &bytes,
+                             domain::Coding coding) // NOLINT(performance-unnecessary-value-param)
+{
+    const QString key = fileKey(id, fileName);
+    if (m_fileService.hasFile(key)) {
+        qCDebug(contextServiceLogging) << "File already exists, overwrite content only.";
+        m_fileService.setFile(key, bytes);
+        return;
+    }
+    const QJsonObject context = m_contexts.value(id).toObject();
+    QJsonArray attachments = context.value(QLatin1String("attachments")).toArray();
+    attachments.append(attachmententry::create(id, fileName, coding));
+    QJsonObject update{{QStringLiteral("attachments"), attachments}};
+    if (!context.contains(QLatin1String("_id")))
+        update.insert(QStringLiteral("_id"), id);
+    m_fileService.setFile(key, bytes);
+    updateContext(id, update);
+}
+
+void ContextService::removeFile(const QString &id, const QString &fileName)
+{
+    const QJsonArray attachments = getContext(id).toObject().value(QLatin1String("attachments")).toArray();
+    QJsonArray kept;
+    for (const QJsonValue &entry : attachments) {
+        if (attachmententry::fileName(entry) == fileName) {
+            m_fileService.removeFile(fileKey(id, fileName));
+        } else {
+            kept.append(entry);
+        }
+    }
+    updateContext(id, QJsonObject{{QStringLiteral("attachments"), kept}});
+}
+
+QByteArray ContextService::getFile(const QString &id, const QString &fileName)
+{
+    const QString key = fileKey(id, fileName);
+    return m_fileService.hasFile(key) ? m_fileService.getFile(key) : QByteArray();
 }
 
 void ContextService::pushChunk(const QJsonValue &chunk)
@@ -233,21 +240,5 @@ void ContextService::pushChunk(const QJsonValue &chunk)
 
 QJsonArray ContextService::updateResourceArrays(const QJsonArray &first, const QJsonArray &second)
 {
-    if (first.isEmpty())
-        return second;
-    if (second.isEmpty())
-        return first;
-    const auto idOf = [](const QJsonValue &element) { return element[QLatin1String("id")].toString(); };
-    QVector<QString> secondIds;
-    secondIds.reserve(second.size());
-    for (const QJsonValue &element : second)
-        secondIds.append(idOf(element));
-    QJsonArray result;
-    for (const QJsonValue &element : first) {
-        const QString id = idOf(element);
-        // One element for each pair is deliberate, so that the size is the product of both sizes.
-        for (int i = 0; i < second.size(); ++i)
-            result.append(id == secondIds.at(i) ? second.at(i) : element);
-    }
-    return result;
+    return pairedResources(first, second);
 }

@@ -15,9 +15,14 @@ class FileService;
 class QJsonObject;
 class QTimer;
 
+namespace domain {
+class Coding;
+}
+
 /**
  * Keeps the contexts: JSON values under ids, in memory only. Every write ends in setContext(), which decides
- * what counts as a change, tells the bus and wakes those who wait.
+ * what counts as a change, tells the bus and wakes those who wait. The bytes of their files are in the
+ * FileService; a context holds an entry under "attachments" for each of them, see attachmententry.h.
  *
  * To every reader a JSON null means that there is no such context. Nothing here fails; any string is an id.
  * Event-loop thread only; setContext() may be re-entered from the bus or from a slot.
@@ -33,6 +38,9 @@ public:
     ContextService(ChunkServiceProxy &chunkServiceProxy, FileService &fileService);
     ~ContextService() override;
     Q_DISABLE_COPY_MOVE(ContextService)
+
+    /// Where the service gets the bus from; as given to the constructor.
+    [[nodiscard]] const ChunkServiceProxy &chunkServiceProxy() const { return m_chunkServiceProxy; }
 
     /// Takes over the behaviours; those held already are deleted first, from the last to the first.
     void setBehaviours(std::vector<ChunkBehaviour *> &&behaviours);
@@ -62,6 +70,19 @@ public:
     /// is not an object, in which case nothing changes.
     QJsonValue updateContext(const QString &id, const QJsonValue &update);
 
+    /// Stores a file and, if there is none of this id and name yet, appends its entry to the context's
+    /// "attachments", and the key "_id" if that is missing; an unknown id becomes a context. If there is one
+    /// already, its bytes alone are replaced: `coding` is dropped and nobody is told. A context that is no
+    /// object takes no entry.
+    void addFile(const QString &id, const QString &fileName, const QByteArray &bytes, domain::Coding coding);
+
+    /// Removes every entry whose URL ends in this name, and the file if there was such an entry.
+    void removeFile(const QString &id, const QString &fileName);
+
+    /// The bytes, shared and not copied; null if there is no such file. Does not count as use, and finds
+    /// files whose context is gone as well.
+    [[nodiscard]] QByteArray getFile(const QString &id, const QString &fileName);
+
     /// Offers the chunk to every behaviour in order.
     void pushChunk(const QJsonValue &chunk);
 
@@ -86,7 +107,7 @@ private:
     QTimer *m_gcTimer = nullptr;
     QMap<QString, QDateTime> m_lastUse;
     ChunkServiceProxy &m_chunkServiceProxy;
-    [[maybe_unused]] FileService &m_fileService;
+    FileService &m_fileService;
     QMap<QString, QJsonValue> m_contexts;
     std::vector<ChunkBehaviour *> m_behaviours;
 };

@@ -1,16 +1,18 @@
 #pragma once
 
+#include "cardservice.h"
 #include "chunkserviceproxy.h"
 #include "contextservice.h"
 #include "fileservice.h"
 #include "jsontext.h"
+#include "messageservice.h"
 #include "recordingchunkservice.h"
 
 #include <QJsonObject>
 #include <QStringList>
 
-/// A context service with a bus and files of its own. `events` keeps, in order, what went out: "created ID",
-/// "removed ID", "chunk UPDATE CONTEXT" and "signal ID VALUE".
+/// A context service with a bus, cards, files and messages of its own. `events` keeps, in order, what went
+/// out: "created ID", "removed ID", "chunk UPDATE CONTEXT" and "signal ID VALUE".
 struct ContextStore
 {
     ContextStore()
@@ -39,7 +41,9 @@ struct ContextStore
 
     RecordingChunkService bus;
     ChunkServiceProxy proxy;
+    CardService cards;
     FileService files;
+    MessageService messages;
     ContextService contexts{proxy, files};
     QStringList events;
     std::function<void()> onPublish;

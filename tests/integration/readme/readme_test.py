@@ -80,11 +80,11 @@ class Host:
 
 
 class Shell:
-    """One bash that runs command after command."""
+    """One bash that runs command after command, in the directory that is given."""
 
-    def __init__(self, name):
+    def __init__(self, name, directory):
         self.process = subprocess.Popen(
-            ["bash", "--noprofile", "--norc"],
+            ["bash", "--noprofile", "--norc"], cwd=directory,
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         self.output = Output(self.process.stdout, f"the shell of \"{name}\"")
 
@@ -128,11 +128,11 @@ def compare(command, printed, actual, ids):
         sys.exit(f"$ {command}\nThe README prints:\n{expected}\nThe host answers:\n{actual}")
 
 
-def run_blocks(blocks, host):
+def run_blocks(blocks, host, directory):
     shells, waiting, ids = {}, {}, {}
     try:
         for place, (name, lines) in enumerate(blocks):
-            shell = shells[name] = shells.get(name) or Shell(name)
+            shell = shells[name] = shells.get(name) or Shell(name, directory)
             rest, commands = split_commands(lines)
             if rest:
                 compare(waiting[name], rest, shell.finish(), ids)
@@ -161,7 +161,7 @@ def test_quick_start(readme, arguments):
         host = Host(arguments.host, arguments.plugin, directory)
         try:
             host.await_start()
-            run_blocks(blocks, host)
+            run_blocks(blocks, host, directory)
         finally:
             status = host.end()
     if status != 0:

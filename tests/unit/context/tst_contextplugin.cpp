@@ -1,5 +1,6 @@
 #include "exchange.h"
 #include "jsontext.h"
+#include "mortalbus.h"
 #include "recordingchunkservice.h"
 
 #include <k7-plugin-api/chunkupdatelistener.h>
@@ -147,6 +148,39 @@ private Q_SLOTS:
         plugin->attachChunkService(bus);
         QCOMPARE(bus.listeners.size(), 2);
         QCOMPARE(bus.listeners.at(0), bus.listeners.at(1));
+    }
+
+    // The route table keeps the pointer to a bus that has gone; nobody may use it.
+    void credentialsOutliveTheBus()
+    {
+        QPluginLoader loader(pluginFile());
+        const std::unique_ptr<QObject> instance(loader.instance());
+        auto *plugin = qobject_cast<VexoServicePlugin *>(instance.get());
+        QVERIFY(plugin != nullptr);
+        plugin->initialize();
+        http::ControllerStrategy &strategy = *plugin->getControllers().front();
+        const auto post = [&strategy] {
+            const Exchange exchange(strategy, Method::Post, "/context/a/credentials", jsonHeaders,
+                                    R"([{"service":"s"}])");
+            return exchange.status();
+        };
+        QCOMPARE(post(), 200);
+        MortalBus first;
+        plugin->attachChunkService(first.bus());
+        QCOMPARE(post(), 200);
+        QCOMPARE(first.bus().chunks.size(), 2);
+
+        plugin->detachChunkService(first.bus());
+        QCOMPARE(post(), 200);
+        QCOMPARE(first.bus().chunks.size(), 2);
+        first.end();
+        QCOMPARE(post(), 200);
+
+        MortalBus second;
+        plugin->attachChunkService(second.bus());
+        QCOMPARE(post(), 200);
+        QCOMPARE(second.bus().chunks.size(), 2);
+        plugin->detachChunkService(second.bus());
     }
 
     void chunksReachTheBehaviours()

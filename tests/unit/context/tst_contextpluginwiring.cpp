@@ -1,5 +1,6 @@
 #include "contextplugin.h"
 
+#include "cardservice.h"
 #include "chunkbehaviour.h"
 #include "chunkbehaviourfactory.h"
 #include "chunklistener.h"
@@ -7,6 +8,7 @@
 #include "contextservice.h"
 #include "controller/contextcontrollerstrategy.h"
 #include "fileservice.h"
+#include "messageservice.h"
 #include "recordingchunkservice.h"
 
 #include <QJsonObject>
@@ -24,15 +26,19 @@ struct ContextPluginProbe
     {
         QString text;
         text += QLatin1String(plugin.m_contextControllerStrategy ? "R" : "-");
+        text += QLatin1String(plugin.m_cardService ? "K" : "-");
         text += QLatin1String(plugin.m_contextService ? "C" : "-");
+        text += QLatin1String(plugin.m_messageService ? "M" : "-");
         text += QLatin1String(plugin.m_chunkListener ? "L" : "-");
         text += QLatin1String(plugin.m_chunkServiceProxy ? "P" : "-");
         text += QLatin1String(plugin.m_fileService ? "F" : "-");
         return text;
     }
+    static CardService *cards(const ContextPlugin &plugin) { return plugin.m_cardService.get(); }
     static ChunkServiceProxy *proxy(const ContextPlugin &plugin) { return plugin.m_chunkServiceProxy.get(); }
     static FileService *files(const ContextPlugin &plugin) { return plugin.m_fileService.get(); }
     static ContextService *contexts(const ContextPlugin &plugin) { return plugin.m_contextService.get(); }
+    static MessageService *messages(const ContextPlugin &plugin) { return plugin.m_messageService.get(); }
     static ChunkListener *listener(const ContextPlugin &plugin) { return plugin.m_chunkListener.get(); }
 };
 
@@ -42,12 +48,16 @@ struct Recorder
 {
     QStringList journal;
     ContextPlugin *plugin = nullptr;
+    CardService *cards = nullptr;
     ChunkServiceProxy *proxy = nullptr;
     FileService *files = nullptr;
     ContextService *contexts = nullptr;
+    MessageService *strategyMessages = nullptr;
     ChunkService *strategyBus = nullptr;
+    CardService *factoryCards = nullptr;
     ChunkServiceProxy *factoryProxy = nullptr;
     ContextService *factoryContexts = nullptr;
+    MessageService *factoryMessages = nullptr;
 
     void note(const char *event)
     {
@@ -58,13 +68,13 @@ struct Recorder
 
 Recorder *recorder = nullptr;
 
-// The proxy and the listener have no destructor to look into: their memory tells when they go.
+// The cards, the proxy and the listener have no destructor to look into: their memory tells when they go.
 struct Watched
 {
     const void *address;
     const char *event;
 };
-std::array<Watched, 2> watched{};
+std::array<Watched, 3> watched{};
 
 void noteFreed(const void *address)
 {
@@ -108,6 +118,17 @@ void operator delete(void *memory, std::size_t /*size*/) noexcept
     std::free(memory);
 }
 
+CardService::CardService()
+{
+    recorder->note("+cards");
+    recorder->cards = this;
+}
+void CardService::pushChunk(const QJsonValue &chunk)
+{
+    recorder->cards = this;
+    recorder->note(chunk[QLatin1String("x")].toInt() == 7 ? "card x" : "card");
+}
+
 FileService::FileService()
 {
     recorder->note("+files");
@@ -115,6 +136,15 @@ FileService::FileService()
 FileService::~FileService()
 {
     recorder->note("-files");
+}
+
+MessageService::MessageService()
+{
+    recorder->note("+messages");
+}
+MessageService::~MessageService()
+{
+    recorder->note("-messages");
 }
 
 ContextService::ContextService(ChunkServiceProxy &proxy, FileService &files)
@@ -145,26 +175,33 @@ void ContextService::setBehaviours(std::vector<ChunkBehaviour *> &&behaviours)
     recorder->note(behaviours == madeBehaviours() ? "=behaviours" : "=other behaviours");
 }
 
-ChunkBehaviourFactory::ChunkBehaviourFactory(ChunkServiceProxy &chunkServiceProxy,
-                                             ContextService &contextService)
-    : m_chunkServiceProxy(chunkServiceProxy)
+ChunkBehaviourFactory::ChunkBehaviourFactory(CardService &cardService, ChunkServiceProxy &chunkServiceProxy,
+                                             ContextService &contextService, MessageService &messageService)
+    : m_cardService(cardService)
+    , m_chunkServiceProxy(chunkServiceProxy)
     , m_contextService(contextService)
+    , m_messageService(messageService)
 {
 }
 std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
 {
     recorder->note("+behaviours");
+    recorder->factoryCards = &m_cardService;
     recorder->factoryProxy = &m_chunkServiceProxy;
     recorder->factoryContexts = &m_contextService;
+    recorder->factoryMessages = &m_messageService;
     return madeBehaviours();
 }
 
-ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService)
+ContextControllerStrategy::ContextControllerStrategy(ContextService &contextService,
+                                                     MessageService &messageService)
     : m_contextService(contextService)
+    , m_messageService(messageService)
     , m_changeRouter(contextService)
 {
     recorder->note("+routes");
     recorder->contexts = &contextService;
+    recorder->strategyMessages = &m_messageService;
 }
 ContextControllerStrategy::~ContextControllerStrategy()
 {
@@ -200,7 +237,7 @@ private Q_SLOTS:
 
     void constructionLeavesAllEmpty()
     {
-        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("-----"));
+        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("-------"));
         QVERIFY(m_plugin->getControllers().empty());
         QVERIFY(m_plugin->parent() == nullptr);
         m_plugin.reset();
@@ -211,15 +248,20 @@ private Q_SLOTS:
     {
         m_plugin->initialize();
         QCOMPARE(m_recorder.journal,
-                 QStringList({QStringLiteral("+files ---P-"), QStringLiteral("+contexts ---PF"),
-                              QStringLiteral("+behaviours -C-PF"), QStringLiteral("=behaviours -C-PF"),
-                              QStringLiteral("+routes -C-PF")}));
-        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("RCLPF"));
+                 QStringList({QStringLiteral("+cards -------"), QStringLiteral("+files -K---P-"),
+                              QStringLiteral("+contexts -K---PF"), QStringLiteral("+messages -KC--PF"),
+                              QStringLiteral("+behaviours -KCM-PF"), QStringLiteral("=behaviours -KCM-PF"),
+                              QStringLiteral("+routes -KCM-PF")}));
+        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("RKCMLPF"));
+        QCOMPARE(m_recorder.cards, ContextPluginProbe::cards(*m_plugin));
+        QCOMPARE(m_recorder.factoryCards, ContextPluginProbe::cards(*m_plugin));
         QCOMPARE(m_recorder.proxy, ContextPluginProbe::proxy(*m_plugin));
         QCOMPARE(m_recorder.files, ContextPluginProbe::files(*m_plugin));
         QCOMPARE(m_recorder.contexts, ContextPluginProbe::contexts(*m_plugin));
         QCOMPARE(m_recorder.factoryProxy, ContextPluginProbe::proxy(*m_plugin));
         QCOMPARE(m_recorder.factoryContexts, ContextPluginProbe::contexts(*m_plugin));
+        QCOMPARE(m_recorder.factoryMessages, ContextPluginProbe::messages(*m_plugin));
+        QCOMPARE(m_recorder.strategyMessages, ContextPluginProbe::messages(*m_plugin));
         QVERIFY(m_recorder.proxy->getChunkService() == nullptr);
         QCOMPARE(m_plugin->getControllers().size(), std::size_t(1));
     }
@@ -237,8 +279,9 @@ private Q_SLOTS:
         m_recorder.journal.clear();
         AttachingBus bus;
         m_plugin->attachChunkService(bus);
-        QCOMPARE(m_recorder.journal, QStringList({QStringLiteral("routes get the bus after the proxy RCLPF"),
-                                                  QStringLiteral("listener attached RCLPF")}));
+        QCOMPARE(m_recorder.journal,
+                 QStringList({QStringLiteral("routes get the bus after the proxy RKCMLPF"),
+                              QStringLiteral("listener attached RKCMLPF")}));
         QCOMPARE(m_recorder.proxy->getChunkService(), &bus);
         QCOMPARE(m_recorder.strategyBus, &bus);
         QCOMPARE(bus.listener, ContextPluginProbe::listener(*m_plugin));
@@ -257,7 +300,9 @@ private Q_SLOTS:
         QCOMPARE(m_recorder.strategyBus, &bus);
 
         bus.listener->onChunkUpdated(QJsonObject{{QStringLiteral("x"), 7}});
-        QCOMPARE(m_recorder.journal, QStringList(QStringLiteral("pushChunk x RCLPF")));
+        QCOMPARE(m_recorder.journal,
+                 QStringList({QStringLiteral("card x RKCMLPF"), QStringLiteral("pushChunk x RKCMLPF")}));
+        QCOMPARE(m_recorder.cards, ContextPluginProbe::cards(*m_plugin));
         QCOMPARE(m_recorder.contexts, ContextPluginProbe::contexts(*m_plugin));
     }
 
@@ -268,12 +313,14 @@ private Q_SLOTS:
         m_plugin->attachChunkService(bus);
         m_recorder.journal.clear();
         watched = {{{ContextPluginProbe::proxy(*m_plugin), "-proxy"},
-                    {ContextPluginProbe::listener(*m_plugin), "-listener"}}};
+                    {ContextPluginProbe::listener(*m_plugin), "-listener"},
+                    {ContextPluginProbe::cards(*m_plugin), "-cards"}}};
         m_plugin.reset();
         QCOMPARE(m_recorder.journal,
-                 QStringList({QStringLiteral("-files RCLP-"), QStringLiteral("-proxy RCL--"),
-                              QStringLiteral("-listener RC---"), QStringLiteral("-contexts R----"),
-                              QStringLiteral("-routes -----"), QStringLiteral("list filled -----")}));
+                 QStringList({QStringLiteral("-files RKCMLP-"), QStringLiteral("-proxy RKCML--"),
+                              QStringLiteral("-listener RKCM---"), QStringLiteral("-messages RKC----"),
+                              QStringLiteral("-contexts RK-----"), QStringLiteral("-cards R------"),
+                              QStringLiteral("-routes -------"), QStringLiteral("list filled -------")}));
     }
 
     void initializeAgainDropsTheEarlierObjects()
@@ -281,7 +328,7 @@ private Q_SLOTS:
         m_plugin->initialize();
         m_recorder.journal.clear();
         m_plugin->initialize();
-        for (const char *event : {"-files", "-contexts", "-routes"})
+        for (const char *event : {"-files", "-contexts", "-messages", "-routes"})
             QCOMPARE(m_recorder.journal.filter(QLatin1String(event)).size(), 1);
     }
 

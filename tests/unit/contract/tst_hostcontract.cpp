@@ -1,4 +1,5 @@
 #include "chunkbehaviour.h"
+#include "vtableslot.h"
 
 #include <http/server/request.h>
 #include <http/server/response.h>
@@ -11,8 +12,6 @@
 #include <QJsonValue>
 #include <QtTest>
 
-#include <cstddef>
-#include <cstring>
 #include <type_traits>
 
 using http::server::Request;
@@ -46,25 +45,6 @@ static_assert(
     std::is_same_v<decltype(&Response::setHeader), void (Response::*)(const QString &, const QString &)>);
 static_assert(std::is_same_v<decltype(&Response::writeHead), void (Response::*)(int)>);
 static_assert(std::is_same_v<decltype(&Response::end), void (Response::*)(const QByteArray &)>);
-
-namespace {
-
-// Where a virtual operation stands in its class's table. A virtual destructor takes two places.
-template <typename Operation>
-int slotOf(Operation operation)
-{
-    struct
-    {
-        std::ptrdiff_t pointer;
-        std::ptrdiff_t adjustment;
-    } parts;
-    static_assert(sizeof operation == sizeof parts, "a pointer to member as the Itanium C++ ABI has it");
-    std::memcpy(&parts, &operation, sizeof parts);
-    // The offset into the table, plus one where that marks a virtual function.
-    return static_cast<int>(parts.pointer / static_cast<std::ptrdiff_t>(sizeof(void *)));
-}
-
-} // namespace
 
 /// What plug-ins built elsewhere rely on, down to the layout of the interfaces.
 class HostContractTest final : public QObject

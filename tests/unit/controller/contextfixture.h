@@ -6,6 +6,7 @@
 #include "exchange.h"
 #include "fileservice.h"
 #include "logcapture.h"
+#include "messageservice.h"
 #include "recordingchunkservice.h"
 
 #include <QJsonDocument>
@@ -20,7 +21,8 @@ struct ContextFixture
     ChunkServiceProxy proxy;
     FileService files;
     ContextService contexts{proxy, files};
-    ContextControllerStrategy strategy{contexts};
+    MessageService messages;
+    ContextControllerStrategy strategy{contexts, messages};
 };
 
 /// The object that `json` stands for.

@@ -50,7 +50,9 @@ private Q_SLOTS:
 
     void answers_data();
     void answers();
+    void fileInBase64();
     void parkedPoll();
+    void parkedPollOfMessages();
 
 private:
     QStringList m_journal;
@@ -95,7 +97,20 @@ void AnswerOrderTest::answers_data()
     row("polled", Method::Get, "/context/known/event", "", "", cacheHeaders() + typed(200));
     row("polled after the removal", Method::Get, "/context/removed/event", "", "",
         cacheHeaders() + plain(404));
+    row("file", Method::Get, "/context/known/file/a.txt", "", "", plain(200));
+    row("file that is a PDF", Method::Get, "/context/known/file/a.pdf", "", "", typed(200));
+    row("file to download", Method::Get, "/context/known/file/a.pdf?download=true", "", "",
+        QStringList{QStringLiteral("Content-Type"), QStringLiteral("Content-Disposition")} + plain(200));
+    row("file as FHIR", Method::Get, "/context/known/file/a.pdf", "application/fhir+json", "", plain(501));
+    row("no such file", Method::Get, "/context/known/file/unknown", "", "", plain(404));
+    row("file of an unknown context", Method::Get, "/context/unknown/file/a.pdf", "", "", plain(404));
+    row("uploaded", Method::Post, "/context/known/file", "", "", plain(204));
+    row("credentials taken", Method::Post, "/context/known/credentials", "", "[]", typed(200));
+    row("form", Method::Post, "/context/known$form", "", "{}", {});
     row("parked", Method::Get, "/context/unknown/event", "", "", {});
+    row("messages consumed", Method::Post, "/message", "", "[]", typed(200));
+    row("no report of messages", Method::Post, "/message", "", "{", typed(200));
+    row("poll of messages parked", Method::Get, "/message/event", "", "", {});
 }
 
 void AnswerOrderTest::answers()
@@ -107,9 +122,21 @@ void AnswerOrderTest::answers()
     QFETCH(QStringList, calls);
     ContextFixture fixture;
     fixture.contexts.setContext(QStringLiteral("known"), object(R"({"a":1})"));
+    for (const char *name : {"a.pdf", "a.txt"})
+        fixture.files.setFile(QLatin1String("known_") + QLatin1String(name), "bytes");
     fixture.strategy.lastSentContexts()[QStringLiteral("removed")] = object(R"({"a":1})");
     const Exchange exchange(fixture.strategy, method, target, {{"Accept", accept}}, body);
     QCOMPARE(m_journal, calls);
+}
+
+void AnswerOrderTest::fileInBase64()
+{
+    ContextFixture fixture;
+    fixture.contexts.setContext(QStringLiteral("known"), object(R"({"a":1})"));
+    fixture.files.setFile(QStringLiteral("known_a.pdf"), "bytes");
+    const Exchange exchange(fixture.strategy, Method::Get, "/context/known/file/a.pdf",
+                            {{"Accept-Encoding", "base64"}});
+    QCOMPARE(m_journal, QStringList{QStringLiteral("Content-Encoding")} + plain(200));
 }
 
 void AnswerOrderTest::parkedPoll()
@@ -119,6 +146,17 @@ void AnswerOrderTest::parkedPoll()
     QCOMPARE(m_journal, QStringList());
     fixture.contexts.setContext(QStringLiteral("abc"), object(R"({"a":1})"));
     QCOMPARE(m_journal, cacheHeaders() + typed(200));
+}
+
+void AnswerOrderTest::parkedPollOfMessages()
+{
+    ContextFixture fixture;
+    const Exchange parked(fixture.strategy, Method::Get, "/message/event");
+    QCOMPARE(m_journal, QStringList());
+    fixture.messages.addMessage(structure::content::Message::createEmptyMessage());
+    QCOMPARE(m_journal, typed(200));
+    const Exchange answered(fixture.strategy, Method::Get, "/message/event");
+    QCOMPARE(m_journal, typed(200) + typed(200));
 }
 
 QTEST_GUILESS_MAIN(AnswerOrderTest)

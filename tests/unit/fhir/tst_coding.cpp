@@ -1,11 +1,24 @@
 #include "fhir/stu3/coding.h"
-#include "fhir/stu3/serialization/codingfromjson.h"
-#include "fhir/stu3/serialization/codingtojson.h"
 
-#include <QJsonObject>
 #include <QtTest>
 
+#include <type_traits>
+#include <utility>
+
 using domain::Coding;
+
+static_assert(std::is_same_v<decltype(&Coding::system), const QString &(Coding::*)() const>);
+static_assert(std::is_same_v<decltype(&Coding::version), const QString &(Coding::*)() const>);
+static_assert(std::is_same_v<decltype(&Coding::code), const QString &(Coding::*)() const>);
+static_assert(std::is_same_v<decltype(&Coding::display), const QString &(Coding::*)() const>);
+static_assert(std::is_same_v<decltype(&Coding::userSelected), bool (Coding::*)() const>);
+static_assert(std::is_same_v<decltype(&Coding::isEmpty), bool (Coding::*)() const>);
+
+static_assert(std::is_same_v<decltype(&Coding::setSystem), void (Coding::*)(QString)>);
+static_assert(std::is_same_v<decltype(&Coding::setVersion), void (Coding::*)(QString)>);
+static_assert(std::is_same_v<decltype(&Coding::setCode), void (Coding::*)(QString)>);
+static_assert(std::is_same_v<decltype(&Coding::setDisplay), void (Coding::*)(QString)>);
+static_assert(std::is_same_v<decltype(&Coding::setUserSelected), void (Coding::*)(bool)>);
 
 static Coding fullCoding()
 {
@@ -18,11 +31,14 @@ static Coding fullCoding()
     return coding;
 }
 
-static const QJsonObject fullJson{{QStringLiteral("system"), QStringLiteral("s")},
-                                  {QStringLiteral("version"), QStringLiteral("v")},
-                                  {QStringLiteral("code"), QStringLiteral("c")},
-                                  {QStringLiteral("display"), QStringLiteral("d")},
-                                  {QStringLiteral("userSelected"), true}};
+static void isFull(const Coding &coding)
+{
+    QCOMPARE(coding.system(), QStringLiteral("s"));
+    QCOMPARE(coding.version(), QStringLiteral("v"));
+    QCOMPARE(coding.code(), QStringLiteral("c"));
+    QCOMPARE(coding.display(), QStringLiteral("d"));
+    QCOMPARE(coding.userSelected(), true);
+}
 
 class TestCoding final : public QObject
 {
@@ -31,9 +47,7 @@ class TestCoding final : public QObject
 private Q_SLOTS:
     void isEmptyWhenNew();
     void isEmptyByItsTextsAlone();
-    void isReadWhole();
-    void isClearedByAnEmptyObject();
-    void isWrittenWithWhatItHolds();
+    void isCopiedAlsoWhereItCouldBeMoved();
 };
 
 void TestCoding::isEmptyWhenNew()
@@ -58,33 +72,18 @@ void TestCoding::isEmptyByItsTextsAlone()
     }
 }
 
-void TestCoding::isReadWhole()
+void TestCoding::isCopiedAlsoWhereItCouldBeMoved()
 {
-    Coding coding;
-    fhir::stu3::CodingFromJson(coding, fullJson).parse();
-    QCOMPARE(coding.system(), QStringLiteral("s"));
-    QCOMPARE(coding.version(), QStringLiteral("v"));
-    QCOMPARE(coding.code(), QStringLiteral("c"));
-    QCOMPARE(coding.display(), QStringLiteral("d"));
-    QCOMPARE(coding.userSelected(), true);
-}
-
-void TestCoding::isClearedByAnEmptyObject()
-{
-    Coding coding = fullCoding();
-    fhir::stu3::CodingFromJson(coding, QJsonObject()).parse();
-    QVERIFY(coding.isEmpty());
-    QVERIFY(!coding.userSelected());
-}
-
-void TestCoding::isWrittenWithWhatItHolds()
-{
-    QCOMPARE(fhir::stu3::CodingToJson(fullCoding()).toJson(), fullJson);
-    QCOMPARE(fhir::stu3::CodingToJson(Coding()).toJson(), QJsonObject());
-    Coding coding;
-    coding.setCode(QStringLiteral("c"));
-    QCOMPARE(fhir::stu3::CodingToJson(coding).toJson(),
-             (QJsonObject{{QStringLiteral("code"), QStringLiteral("c")}}));
+    Coding source = fullCoding();
+    const Coding copied(source);
+    isFull(copied);
+    const Coding constructed(std::move(source));
+    isFull(constructed);
+    isFull(source);
+    Coding assigned;
+    assigned = std::move(source);
+    isFull(assigned);
+    isFull(source);
 }
 
 QTEST_GUILESS_MAIN(TestCoding)
