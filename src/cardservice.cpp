@@ -29,10 +29,8 @@ void CardService::pushChunk(const QJsonValue &chunk)
     const QRegularExpressionMatch cardholder = cardHolderVexoPattern().match(xml);
     const QRegularExpressionMatch number = insuranceCardVexoPattern().match(xml);
     // The entry of a text without a card is deliberate: lookups go by digits, so that it does no harm.
-    if (cardholder.hasMatch() && number.hasMatch())
-        m_cards.insert(cardholder.captured(1), number.captured(1));
-    else
-        m_cards.insert(QString(), QString());
+    const bool hasCard = cardholder.hasMatch() && number.hasMatch();
+    m_cards.insert(hasCard ? cardholder.captured(1) : QString(), hasCard ? number.captured(1) : QString());
 }
 
 QString CardService::getInitialCard(const QString &cardholderId)

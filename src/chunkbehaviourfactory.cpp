@@ -8,6 +8,7 @@
 #include "removeattachmentsbehaviour.h"
 #include "rpccreatecontextbehaviour.h"
 #include "rpcdeletecontextbehaviour.h"
+#include "rpcgetfilebehaviour.h"
 #include "rpcsetcontextbehaviour.h"
 #include "rpcupdatecontextbehaviour.h"
 #include "writecardtoxmlbehaviour.h"
@@ -35,6 +36,7 @@ std::vector<ChunkBehaviour *> ChunkBehaviourFactory::createBehaviours()
         new WriteFileToContextBehaviour(m_contextService),
         new RpcCreateContextBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcDeleteContextBehaviour(m_chunkServiceProxy, m_contextService),
+        new RpcGetFileBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcSetContextBehaviour(m_chunkServiceProxy, m_contextService),
         new RpcUpdateContextBehaviour(m_chunkServiceProxy, m_contextService),
         new AddMatchingItemsBehaviour(m_contextService),

@@ -27,5 +27,5 @@ void RpcDeleteContextBehaviour::onChunk(const QJsonValue &chunk)
     // An empty id is deliberately passed on, as any other.
     const QString id = chunk[QLatin1String("body")][QLatin1String("context")].toString();
     m_contextService.deleteContext(id);
-    publishRpcReply(m_chunkServiceProxy, chunk, {{QStringLiteral("context"), id}});
+    publishRpcReply(m_chunkServiceProxy, chunk, QJsonObject{{QStringLiteral("context"), id}});
 }

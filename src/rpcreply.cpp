@@ -7,7 +7,7 @@
 #include <QJsonObject>
 
 void publishRpcReply(const ChunkServiceProxy &chunkServiceProxy, const QJsonValue &chunk,
-                     const QJsonObject &body)
+                     const QJsonValue &body)
 {
     ChunkService *chunkService = chunkServiceProxy.getChunkService();
     if (chunkService == nullptr)

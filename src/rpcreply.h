@@ -1,7 +1,6 @@
 #pragma once
 
 class ChunkServiceProxy;
-class QJsonObject;
 class QJsonValue;
 
 /**
@@ -13,4 +12,4 @@ class QJsonValue;
  * request that gives neither is answered all the same.
  */
 void publishRpcReply(const ChunkServiceProxy &chunkServiceProxy, const QJsonValue &chunk,
-                     const QJsonObject &body);
+                     const QJsonValue &body);

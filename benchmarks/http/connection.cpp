@@ -7,6 +7,7 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <array>
@@ -42,6 +43,7 @@ Connection::Connection(std::uint16_t port)
     }
     setOption(m_socket, IPPROTO_TCP, TCP_NODELAY, 1);
     setOption(m_socket, SOL_SOCKET, SO_LINGER, linger{1, 0});
+    setOption(m_socket, SOL_SOCKET, SO_SNDTIMEO, timeval{patienceMs / 1000, 0});
 
     sockaddr_in address{};
     address.sin_family = AF_INET;
@@ -61,13 +63,13 @@ Connection::~Connection()
 
 void Connection::send(std::string_view request)
 {
-    // The socket's buffer is empty whenever no request is on its way, and holds far more than one.
-    const ssize_t sent = ::send(m_socket, request.data(), request.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
-    if (sent < 0) {
-        failWithErrno("send");
-    }
-    if (static_cast<std::size_t>(sent) != request.size()) {
-        throw std::runtime_error("a request did not fit into the socket's buffer");
+    // The server reads a whole request before it answers, so that waiting for room here can't block it.
+    while (!request.empty()) {
+        const ssize_t sent = ::send(m_socket, request.data(), request.size(), MSG_NOSIGNAL);
+        if (sent < 0) {
+            failWithErrno("send");
+        }
+        request.remove_prefix(static_cast<std::size_t>(sent));
     }
 }
 
@@ -88,7 +90,7 @@ void Connection::awaitReceipt() const
 
 bool Connection::receive()
 {
-    std::array<char, 16384> buffer;
+    static std::array<char, 262144> buffer;
     const ssize_t received = recv(m_socket, buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (received < 0) {
         if (errno == EAGAIN || errno == EINTR) {

@@ -19,7 +19,7 @@ public:
 
     [[nodiscard]] int descriptor() const { return m_socket; }
 
-    /// Hands a whole request to the kernel.
+    /// Hands a whole request to the kernel, and waits while there is no room for it.
     void send(std::string_view request);
 
     /// Waits until the server's kernel has all that was sent. A busy machine loses packets on the loopback

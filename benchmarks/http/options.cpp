@@ -25,6 +25,7 @@ std::map<std::string, std::function<void(const std::string &)>> setters(Options 
         {"--method", [&](auto &value) { options.method = value; }},
         {"--path", [&](auto &value) { options.path = value; }},
         {"--body", [&](auto &value) { options.body = contentOf(value); }},
+        {"--type", [&](auto &value) { options.type = value; }},
         {"--sync", [&](auto &value) { options.sync = value; }},
         {"--poll", [&](auto &value) { options.poll = value; }},
         {"--others", [&](auto &value) { options.others = value; }},
@@ -68,6 +69,7 @@ All:
   --process PID    whose CPU time and memory are read
   --method, --path, --body FILE
                    the request that is counted, or that changes; "00000000" in the body is a running number
+  --type TEXT      the Content-Type of that request
   --seconds N      how long to measure
 throughput:
   --connections N

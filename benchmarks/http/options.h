@@ -14,6 +14,7 @@ struct Options
     std::string method = "GET";
     std::string path;
     std::string body;
+    std::string type;
     std::string sync;
     std::string poll;
     std::string others;

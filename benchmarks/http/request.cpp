@@ -6,12 +6,16 @@ constexpr std::string_view numberPlace = "00000000";
 
 }
 
-Request::Request(std::string_view method, std::uint16_t port, std::string_view path, std::string_view body)
+Request::Request(std::string_view method, std::uint16_t port, std::string_view path, std::string_view body,
+                 std::string_view type)
 {
     m_text.append(method).append(" ").append(path).append(" HTTP/1.1\r\nHost: 127.0.0.1:");
     m_text.append(std::to_string(port)).append("\r\n");
     if (!body.empty()) {
         m_text.append("Content-Length: ").append(std::to_string(body.size())).append("\r\n");
+    }
+    if (!type.empty()) {
+        m_text.append("Content-Type: ").append(type).append("\r\n");
     }
     m_text.append("\r\n");
     m_number = body.find(numberPlace);

@@ -9,7 +9,8 @@
 class Request final
 {
 public:
-    Request(std::string_view method, std::uint16_t port, std::string_view path, std::string_view body = {});
+    Request(std::string_view method, std::uint16_t port, std::string_view path, std::string_view body = {},
+            std::string_view type = {});
 
     /// The text to send next, valid until the next call.
     [[nodiscard]] std::string_view next();

@@ -37,7 +37,7 @@ std::int64_t answersWithin(Seconds time, Poller &poller, Request &request)
 
 void measureThroughput(const Options &options)
 {
-    Request request(options.method, options.port, options.path, options.body);
+    Request request(options.method, options.port, options.path, options.body, options.type);
     std::vector<std::unique_ptr<Connection>> connections;
     Poller poller;
     for (int i = 0; i < options.connections; ++i) {

@@ -45,6 +45,7 @@ static bool isComplete(const QJsonObject &entry)
 
 ContextCredentialsController::ContextCredentialsController(ChunkService *chunkService,
                                                            Request::HttpMethod method,
+                                                           // NOLINTNEXTLINE(modernize-pass-by-value)
                                                            const QString &contextId)
     : m_chunkService(chunkService)
     , m_method(method)

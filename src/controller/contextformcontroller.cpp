@@ -10,6 +10,7 @@ const QLoggingCategory &contextFormControllerLogging()
     return category;
 }
 
+// NOLINTNEXTLINE(modernize-pass-by-value)
 ContextFormController::ContextFormController(ContextService &contextService, const QString &contextId)
     : m_contextService(contextService)
     , m_contextId(contextId)

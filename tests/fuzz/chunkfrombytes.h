@@ -46,10 +46,16 @@ private:
 
     QString exchange()
     {
-        static const char *const texts[] = {
-            "vexo-context-rpc-create", "vexo-context-rpc-delete",         "vexo-context-rpc-set",
-            "vexo-context-rpc-update", "vexo-context-add-matching-items", "vexo-context-add-action-requests",
-            "vexo-context-add-file",   "vexo-context-attachments-remove", "vexo-context-add-messages"};
+        static const char *const texts[] = {"vexo-context-rpc-create",
+                                            "vexo-context-rpc-delete",
+                                            "vexo-context-rpc-set",
+                                            "vexo-context-rpc-update",
+                                            "vexo-context-add-matching-items",
+                                            "vexo-context-add-action-requests",
+                                            "vexo-context-add-file",
+                                            "vexo-context-attachments-remove",
+                                            "vexo-context-add-messages",
+                                            "vexo-context-rpc-get-files"};
         return QLatin1String(texts[byte() % (sizeof texts / sizeof *texts)]);
     }
 
@@ -87,7 +93,11 @@ private:
                                             "attachment",
                                             "url",
                                             "/context/a/file/b",
-                                            "YQ=="};
+                                            "YQ==",
+                                            "reference",
+                                            "status",
+                                            "superseded",
+                                            "data"};
         return QLatin1String(words[byte() % (sizeof words / sizeof *words)]);
     }
 
@@ -118,6 +128,7 @@ private:
         object.insert(QStringLiteral("content"), word());
         object.insert(QStringLiteral("attachments"), QJsonArray{word(), value(0)});
         object.insert(QStringLiteral("filter"), value(0));
+        object.insert(QStringLiteral("reference"), byte() < 8 ? value(0) : reference());
         QJsonArray entries;
         for (unsigned left = byte() % 6; left > 0; --left)
             entries.append(QJsonObject{{QStringLiteral("resource"), resource()}});
@@ -125,6 +136,19 @@ private:
         object.insert(byte() % 2 == 0 ? QStringLiteral("matchingItems") : QStringLiteral("actionRequests"),
                       bundle);
         return object;
+    }
+
+    QJsonObject reference()
+    {
+        QJsonArray contents;
+        for (unsigned left = byte() % 3; left > 0; --left) {
+            const QJsonObject attachment{{QStringLiteral("url"), word()}, {word(), value(0)}};
+            contents.append(QJsonObject{{QStringLiteral("attachment"), attachment}, {word(), value(0)}});
+        }
+        return {{QStringLiteral("status"), word()},
+                {QStringLiteral("content"), contents},
+                {QStringLiteral("type"), QJsonObject{{QStringLiteral("coding"), value(0)}}},
+                {word(), value(0)}};
     }
 
     QJsonArray messages()

@@ -97,7 +97,9 @@ public:
             m_contexts.deleteContext(id);
         static const QJsonValue context =
             parsed(R"({"_id":"a","patient":{"id":"p","name":["n",null]},"x":1,"y":null,
-                       "matchingItems":[{"id":"r"},{"id":"r"},{},7],"actionRequests":"none"})");
+                       "matchingItems":[{"id":"r"},{"id":"r"},{},7],"actionRequests":"none",
+                       "attachments":[{"status":"superseded","content":{"attachment":{"url":"/context/a/file/b"}}},
+                                      {"content":[{"attachment":{"url":"b"}}]},7]})");
         m_contexts.setContext(QStringLiteral("a"), context);
         m_contexts.setContext(QStringLiteral("b"), QJsonArray{context});
         require(m_contexts.getContext(QStringLiteral("read only")).isNull());

@@ -149,6 +149,37 @@ private Q_SLOTS:
         QVERIFY(ask("GET /context/a").startsWith("HTTP/1.1 404 "));
     }
 
+    void filesAreAnsweredWithTheirBytes()
+    {
+        create("a", q("{'_id':'a'}"));
+        QByteArray bytes;
+        for (int byte = 0; byte < 256; ++byte)
+            bytes.append(static_cast<char>(byte));
+        const auto add = [](const QByteArray &name, const QByteArray &content) {
+            return q("{'exchange':'vexo-context-add-file','body':{'context':'a','filename':'") + name
+                   + q("','content':'") + content.toBase64() + q("','type':{'code':'c'}}}\n");
+        };
+        const auto entry = [](const QByteArray &name, const QByteArray &content) {
+            return q("{'resourceType':'DocumentReference','status':'superseded','type':{'coding':[{'code':'c'"
+                     "}]},"
+                     "'content':{'attachment':{'url':'/context/a/file/")
+                   + name + q("','data':'") + content.toBase64() + q("'}}}");
+        };
+        QVERIFY(client->send(add("notes.txt", "text")));
+        QVERIFY(client->send(add("report.pdf", bytes)));
+
+        QVERIFY(client->send(rpc("get-files", q("{'context':'a'}"))));
+        QCOMPARE(parse(client->readLine()),
+                 reply('[' + entry("notes.txt", "text") + ',' + entry("report.pdf", bytes) + ']'));
+        QVERIFY(client->send(rpc("get-files", q("{'context':'a','reference':{'content':{'attachment':{'url':'"
+                                                "/context/a/file/report.pdf'}}}}"))));
+        QCOMPARE(parse(client->readLine()), reply('[' + entry("report.pdf", bytes) + ']'));
+        QVERIFY(client->send(rpc("get-files", q("{'context':'a','reference':{'status':'current'}}"))));
+        QCOMPARE(parse(client->readLine()), reply("[]"));
+        QVERIFY(client->send(rpc("get-files", q("{'context':'unknown'}"))));
+        QCOMPARE(parse(client->readLine()), reply("[]"));
+    }
+
     void requestWithoutAnIdIsNotAnswered_data()
     {
         QTest::addColumn<QByteArray>("name");

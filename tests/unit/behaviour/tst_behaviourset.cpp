@@ -12,9 +12,11 @@
 namespace {
 
 const char *const exchanges[] = {
-    "vexo-context-rpc-create", "vexo-context-rpc-delete",         "vexo-context-rpc-set",
-    "vexo-context-rpc-update", "vexo-context-add-matching-items", "vexo-context-add-action-requests",
-    "vexo-context-add-file",   "vexo-context-attachments-remove",
+    "vexo-context-rpc-create",          "vexo-context-rpc-delete",
+    "vexo-context-rpc-get-files",       "vexo-context-rpc-set",
+    "vexo-context-rpc-update",          "vexo-context-add-matching-items",
+    "vexo-context-add-action-requests", "vexo-context-add-file",
+    "vexo-context-attachments-remove",
 };
 
 // Counts what is logged by the behaviours, at any level.
@@ -182,7 +184,8 @@ private Q_SLOTS:
             const QLatin1String name(exchange);
             const bool isSilent =
                 name.endsWith(QLatin1String("create")) || name.endsWith(QLatin1String("delete"))
-                || name.endsWith(QLatin1String("file")) || name.endsWith(QLatin1String("remove"));
+                || name.endsWith(QLatin1String("get-files")) || name.endsWith(QLatin1String("add-file"))
+                || name.endsWith(QLatin1String("remove"));
             if (!isSilent)
                 QTest::newRow(exchange) << QString::fromLatin1(exchange);
         }
@@ -208,9 +211,10 @@ private Q_SLOTS:
         const bool creates = exchange.endsWith(QLatin1String("create"));
         const bool deletes = exchange.endsWith(QLatin1String("delete"));
         const bool addsFile = exchange.endsWith(QLatin1String("file"));
-        QCOMPARE(plugin.contexts.getContextKeys().size(), creates || addsFile ? 2 : 1);
-        QCOMPARE(plugin.contexts.getContextKeys().contains(QString()), addsFile);
-        QCOMPARE(plugin.bus.chunks.size(), creates ? 3 : deletes ? 2 : addsFile ? 1 : 0);
+        const bool reads = exchange.endsWith(QLatin1String("get-files"));
+        QCOMPARE(plugin.contexts.getContextKeys().size(), creates || addsFile || reads ? 2 : 1);
+        QCOMPARE(plugin.contexts.getContextKeys().contains(QString()), addsFile || reads);
+        QCOMPARE(plugin.bus.chunks.size(), creates ? 3 : deletes ? 2 : addsFile || reads ? 1 : 0);
         QVERIFY(!deletes
                 || jsonText(plugin.bus.chunks.at(1)[QLatin1String("body")])
                        == QLatin1String(R"({"context":""})"));
@@ -238,6 +242,43 @@ private Q_SLOTS:
         } else if (exchange.endsWith(QLatin1String("delete"))) {
             QVERIFY(plugin.bus.chunks.at(1)[QLatin1String("body")][QLatin1String("context")]
                     == QJsonValue(id));
+        } else if (exchange.endsWith(QLatin1String("get-files"))) {
+            QVERIFY(plugin.contexts.getContextKeys().contains(id));
+            QCOMPARE(plugin.bus.chunks.size(), 1);
+            QVERIFY(plugin.bus.chunks.first()[QLatin1String("body")] == QJsonValue(QJsonArray()));
+        }
+    }
+
+    // Entries of a context's files, and patterns for them, may be anything, too.
+    void strangeEntriesAndPatterns_data() { values(); }
+    void strangeEntriesAndPatterns()
+    {
+        QFETCH(QJsonValue, value);
+        const QJsonObject attachment{{QStringLiteral("url"), value}, {QStringLiteral("data"), value}};
+        const QJsonObject coding{{QStringLiteral("system"), value}, {QStringLiteral("code"), value}};
+        const QJsonObject entry{
+            {QStringLiteral("status"), value},
+            {QStringLiteral("meta"), QJsonObject{{QStringLiteral("tag"), QJsonArray{value}}}},
+            {QStringLiteral("identifier"), QJsonArray{value}},
+            {QStringLiteral("type"), QJsonObject{{QStringLiteral("coding"), coding}}},
+            {QStringLiteral("content"), QJsonObject{{QStringLiteral("attachment"), attachment}}}};
+        const QString id = QStringLiteral("a");
+        for (const QJsonValue &pattern : {value, QJsonValue(entry)}) {
+            Plugin plugin;
+            plugin.contexts.setContext(
+                id, QJsonObject{{QStringLiteral("attachments"), QJsonArray{value, entry}}});
+            plugin.bus.chunks.clear();
+            const QJsonObject body{{QStringLiteral("context"), id}, {QStringLiteral("reference"), pattern}};
+            plugin.deliver(
+                QJsonObject{{QStringLiteral("exchange"), QStringLiteral("vexo-context-rpc-get-files")},
+                            {QStringLiteral("body"), body}});
+            QVERIFY(plugin.isIntact());
+            QCOMPARE(plugin.bus.chunks.size(), 1);
+            // The entry fits itself.
+            const QJsonArray found = plugin.bus.chunks.first()[QLatin1String("body")].toArray();
+            const QJsonValue content = found.last()[QLatin1String("content")];
+            QVERIFY(content[QLatin1String("attachment")][QLatin1String("data")] == QJsonValue(QString()));
+            QVERIFY(found.last()[QLatin1String("identifier")] == QJsonValue(QJsonArray{value}));
         }
     }
 

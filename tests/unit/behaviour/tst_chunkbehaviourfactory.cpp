@@ -10,6 +10,7 @@
 #include "rpccreatecontextbehaviour.h"
 #include "rpcdeletecontextbehaviour.h"
 #include "rpcfixture.h"
+#include "rpcgetfilebehaviour.h"
 #include "rpcsetcontextbehaviour.h"
 #include "rpcupdatecontextbehaviour.h"
 #include "structure/chunk/addmessage.h"
@@ -64,7 +65,7 @@ private Q_SLOTS:
         ContextStore store;
         const auto set = ownedSet(store);
         const std::size_t first = writesCards ? 2 : 0;
-        QCOMPARE(set.size(), first + 10);
+        QCOMPARE(set.size(), first + 11);
         if (writesCards) {
             QVERIFY(is<WriteCardToXmlBehaviour>(set.at(0)));
             QVERIFY(is<WriteVekaToXmlBehaviour>(set.at(1)));
@@ -72,13 +73,14 @@ private Q_SLOTS:
         QVERIFY(is<WriteFileToContextBehaviour>(set.at(first)));
         QVERIFY(is<RpcCreateContextBehaviour>(set.at(first + 1)));
         QVERIFY(is<RpcDeleteContextBehaviour>(set.at(first + 2)));
-        QVERIFY(is<RpcSetContextBehaviour>(set.at(first + 3)));
-        QVERIFY(is<RpcUpdateContextBehaviour>(set.at(first + 4)));
-        QVERIFY(is<AddMatchingItemsBehaviour>(set.at(first + 5)));
-        QVERIFY(is<AddMessagesBehaviour>(set.at(first + 6)));
-        QVERIFY(is<AddActionRequestsBehaviour>(set.at(first + 7)));
-        QVERIFY(is<RemoveAttachmentsBehaviour>(set.at(first + 8)));
-        QVERIFY(is<NewContextBehaviour>(set.at(first + 9)));
+        QVERIFY(is<RpcGetFileBehaviour>(set.at(first + 3)));
+        QVERIFY(is<RpcSetContextBehaviour>(set.at(first + 4)));
+        QVERIFY(is<RpcUpdateContextBehaviour>(set.at(first + 5)));
+        QVERIFY(is<AddMatchingItemsBehaviour>(set.at(first + 6)));
+        QVERIFY(is<AddMessagesBehaviour>(set.at(first + 7)));
+        QVERIFY(is<AddActionRequestsBehaviour>(set.at(first + 8)));
+        QVERIFY(is<RemoveAttachmentsBehaviour>(set.at(first + 9)));
+        QVERIFY(is<NewContextBehaviour>(set.at(first + 10)));
     }
 
     void settingIsThatOfTheSystemAlone()

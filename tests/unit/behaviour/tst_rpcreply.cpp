@@ -51,16 +51,32 @@ private Q_SLOTS:
         QFETCH(QString, exchange);
         QFETCH(QString, properties);
         ContextStore store;
-        publishRpcReply(store.proxy, json(chunk), {{QStringLiteral("a"), 1}});
+        publishRpcReply(store.proxy, json(chunk), QJsonObject{{QStringLiteral("a"), 1}});
         const QString reply = QStringLiteral(R"({"body":{"a":1},"exchange":"%1","properties":%2})");
         QCOMPARE(published(store), QStringList(reply.arg(exchange, properties)));
+    }
+
+    void bodyIsSentAsItIs_data()
+    {
+        QTest::addColumn<QString>("body");
+        QTest::newRow("object") << QStringLiteral(R"({"a":1})");
+        QTest::newRow("empty object") << QStringLiteral("{}");
+        QTest::newRow("array") << QStringLiteral(R"([{"a":1}])");
+        QTest::newRow("empty array") << QStringLiteral("[]");
+    }
+    void bodyIsSentAsItIs()
+    {
+        QFETCH(QString, body);
+        ContextStore store;
+        publishRpcReply(store.proxy, request(QStringLiteral("x"), QString()), json(body));
+        QCOMPARE(published(store), QStringList(answer(body)));
     }
 
     void withoutABusNothingGoesOut()
     {
         ContextStore store;
         store.proxy.setChunkService(nullptr);
-        publishRpcReply(store.proxy, request(QStringLiteral("x"), QString()), {});
+        publishRpcReply(store.proxy, request(QStringLiteral("x"), QString()), QJsonObject());
         QVERIFY(store.bus.chunks.isEmpty());
     }
 };

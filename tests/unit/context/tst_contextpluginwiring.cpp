@@ -237,7 +237,7 @@ private Q_SLOTS:
 
     void constructionLeavesAllEmpty()
     {
-        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("------"));
+        QCOMPARE(ContextPluginProbe::fieldsSet(*m_plugin), QStringLiteral("-------"));
         QVERIFY(m_plugin->getControllers().empty());
         QVERIFY(m_plugin->parent() == nullptr);
         m_plugin.reset();
@@ -320,7 +320,7 @@ private Q_SLOTS:
                  QStringList({QStringLiteral("-files RKCMLP-"), QStringLiteral("-proxy RKCML--"),
                               QStringLiteral("-listener RKCM---"), QStringLiteral("-messages RKC----"),
                               QStringLiteral("-contexts RK-----"), QStringLiteral("-cards R------"),
-                              QStringLiteral("-routes -------"), QStringLiteral("list filled ------")}));
+                              QStringLiteral("-routes -------"), QStringLiteral("list filled -------")}));
     }
 
     void initializeAgainDropsTheEarlierObjects()
