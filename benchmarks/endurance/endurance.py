@@ -72,7 +72,6 @@ def await_that(condition):
 
 class Run:
     def __init__(self, arguments, directory):
-        self.arguments = arguments
         self.tally = Tally()
         self.ledger = Ledger()
         self.judge = Judge(self.ledger)

@@ -101,8 +101,8 @@ def memory(run):
     samples = run.sampler.samples or [first.sample]
     return "\n\n".join([
         table(["KiB, in lulls", "After warm-up", "At the end", "Growth"], rows),
-        f"Slope of the rest: {minutes:.0f} bytes a minute, {thousands:.0f} bytes per 1000 operations, over {len(points)} "
-        f"points. Most in a sample of each second: {kib(max(sample.resident for sample in samples))} KiB. "
+        f"Slope of the rest: {minutes:.0f} bytes a minute, {thousands:.0f} bytes per 1000 operations, over "
+        f"{len(points)} points. Most in a sample of each second: {kib(max(sample.resident for sample in samples))} KiB. "
         f"Open descriptors: {run.descriptors_at_start} at the start, "
         f"{max(sample.descriptors for sample in samples)} at most, {run.descriptors_at_end} at the end."])
 
