@@ -72,6 +72,7 @@ def await_that(condition):
 
 class Run:
     def __init__(self, arguments, directory):
+        self.judges_memory = not arguments.default_allocator
         self.tally = Tally()
         self.ledger = Ledger()
         self.judge = Judge(self.ledger)
