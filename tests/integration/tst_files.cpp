@@ -234,6 +234,14 @@ private Q_SLOTS:
         QCOMPARE(bodyOf(answer), body);
     }
 
+    // A byte order mark, encoded twice, leaves no name at all: the controller throws.
+    void nameThatDecodesToNothingIsTheHostsFailure()
+    {
+        const QByteArray answer = get("/context/kept/file/%25EF%25BB%25BF");
+        QVERIFY2(isProblem(answer, 500), answer.constData());
+        QCOMPARE(bodyOf(get("/context/kept/file/a.pdf")), QByteArray("of a"));
+    }
+
     void requestsThatNobodyTakes_data()
     {
         QTest::addColumn<QByteArray>("line");
