@@ -111,7 +111,7 @@ def write_samples(path, sampler):
     """One line for each second, and for each lull with what the stores must hold then."""
     lulls = {point.sample: point.held() for point in sampler.points}
     with open(path, "w", encoding="ascii", newline="") as file:
-        writer = csv.writer(file)
+        writer = csv.writer(file, lineterminator="\n")
         writer.writerow(["seconds", "resident", "descriptors", "operations", "held"])
         for sample in sorted([*sampler.samples, *lulls]):
             writer.writerow([f"{sample.at:.1f}", *sample[1:], lulls.get(sample, "")])
