@@ -3,6 +3,7 @@
 #include "constants/context.h"
 
 #include <QJsonObject>
+#include <QMap>
 
 namespace contextdata {
 
@@ -30,18 +31,18 @@ QJsonObject changedKeys(const QJsonObject &old, const QJsonObject &next)
 }
 
 // Built anew: Qt's object keeps the bytes of a value that is replaced in it, so that a context merged in
-// place would grow with every update.
+// place would grow with every update. And built in the order of its keys, from a map: the object moves all
+// keys behind one that it inserts, and its lookups miss keys that it has when others are spelled oddly.
 QJsonObject merged(const QJsonObject &current, const QJsonObject &update)
 {
+    QMap<QString, QJsonValue> members;
+    for (auto it = current.constBegin(); it != current.constEnd(); ++it)
+        members.insert(it.key(), it.value());
+    for (auto it = update.constBegin(); it != update.constEnd(); ++it)
+        members.insert(it.key(), it.value());
     QJsonObject result;
-    for (auto it = current.constBegin(); it != current.constEnd(); ++it) {
-        const auto changed = update.constFind(it.key());
-        result.insert(it.key(), changed == update.constEnd() ? it.value() : changed.value());
-    }
-    for (auto it = update.constBegin(); it != update.constEnd(); ++it) {
-        if (!current.contains(it.key()))
-            result.insert(it.key(), it.value());
-    }
+    for (auto it = members.constBegin(); it != members.constEnd(); ++it)
+        result.insert(it.key(), it.value());
     return result;
 }
 

@@ -11,6 +11,7 @@
 #include "contextservice.h"
 #include "messagecontroller.h"
 #include "messageeventcontroller.h"
+#include "routepatterns.h"
 
 #include <http/server/request.h>
 
@@ -28,62 +29,6 @@ static const QLoggingCategory &contextControllerStrategyLogging()
     return category;
 }
 
-static QRegularExpression contextRegularExpression()
-{
-    static const QRegularExpression expression(QStringLiteral(R"(^\/context\/?$)"));
-    return expression;
-}
-
-static QRegularExpression contextInstanceRegularExpression()
-{
-    static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/?$)"));
-    return expression;
-}
-
-static QRegularExpression contextInstanceEventRegularExpression()
-{
-    static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/event\/?$)"));
-    return expression;
-}
-
-static QRegularExpression contextInstanceFileRegularExpression()
-{
-    static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/file\/?$)"));
-    return expression;
-}
-
-static QRegularExpression contextInstanceFileWithNameRegularExpression()
-{
-    static const QRegularExpression expression(
-        QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/file\/([a-zA-Z0-9_\-\.%]+)\/?$)"));
-    return expression;
-}
-
-static QRegularExpression contextActionFormRegularExpression()
-{
-    static const QRegularExpression expression(QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/?\$form$)"));
-    return expression;
-}
-
-static QRegularExpression contextCredentialsRegularExpression()
-{
-    static const QRegularExpression expression(
-        QStringLiteral(R"(^\/context\/([a-zA-Z0-9]+)\/credentials\/?$)"));
-    return expression;
-}
-
-static QRegularExpression messageEventRegularExpression()
-{
-    static const QRegularExpression expression(QStringLiteral(R"(^\/message\/event$)"));
-    return expression;
-}
-
-static QRegularExpression messageRegularExpression()
-{
-    static const QRegularExpression expression(QStringLiteral(R"(^\/message$)"));
-    return expression;
-}
-
 // Parameters, such as a charset, and other spellings are refused on purpose: clients rely on the exact match.
 static bool passesContentTypeGate(const Request &request)
 {
@@ -94,7 +39,7 @@ static bool passesContentTypeGate(const Request &request)
 static http::Controller *createFileGetController(ContextService &contextService, const QUrl &url)
 {
     const QRegularExpressionMatch match =
-        contextInstanceFileWithNameRegularExpression().match(url.path(QUrl::FullyDecoded));
+        routepatterns::contextInstanceFileWithNameRegularExpression().match(url.path(QUrl::FullyDecoded));
     if (!match.hasMatch())
         return nullptr;
     // Deliberately decoded a second time: clients reach a name with a blank as "%2520".
@@ -108,7 +53,7 @@ static http::Controller *createFileGetController(ContextService &contextService,
 static http::Controller *createContextController(ContextService &contextService, const Request &request,
                                                  const QString &url)
 {
-    const QRegularExpressionMatch match = contextInstanceRegularExpression().match(url);
+    const QRegularExpressionMatch match = routepatterns::contextInstanceRegularExpression().match(url);
     if (match.hasMatch() && passesContentTypeGate(request))
         return new ContextController(contextService, request.method(), match.captured(1));
     return nullptr;
@@ -160,10 +105,10 @@ http::Controller *ContextControllerStrategy::createForGetOrDelete(const Request 
 {
     if (http::Controller *file = createFileGetController(m_contextService, request.url()))
         return file;
-    const QRegularExpressionMatch event = contextInstanceEventRegularExpression().match(url);
+    const QRegularExpressionMatch event = routepatterns::contextInstanceEventRegularExpression().match(url);
     if (event.hasMatch())
         return new ContextEventController(*this, m_contextService, request.method(), event.captured(1));
-    if (messageEventRegularExpression().match(url).hasMatch()) {
+    if (routepatterns::messageEventRegularExpression().match(url).hasMatch()) {
         qCDebug(contextControllerStrategyLogging) << "Received request matching message event polling URL";
         return new MessageEventController(m_messageService);
     }
@@ -172,18 +117,19 @@ http::Controller *ContextControllerStrategy::createForGetOrDelete(const Request 
 
 http::Controller *ContextControllerStrategy::createForPost(const Request &request, const QString &url)
 {
-    if (contextRegularExpression().match(url).hasMatch())
+    if (routepatterns::contextRegularExpression().match(url).hasMatch())
         return new ContextCreateController(m_contextService);
-    const QRegularExpressionMatch file = contextInstanceFileRegularExpression().match(url);
+    const QRegularExpressionMatch file = routepatterns::contextInstanceFileRegularExpression().match(url);
     if (file.hasMatch())
         return new ContextFilePostController(m_contextService, file.captured(1));
-    const QRegularExpressionMatch form = contextActionFormRegularExpression().match(url);
+    const QRegularExpressionMatch form = routepatterns::contextActionFormRegularExpression().match(url);
     if (form.hasMatch() && passesContentTypeGate(request))
         return new ContextFormController(m_contextService, form.captured(1));
-    const QRegularExpressionMatch credentials = contextCredentialsRegularExpression().match(url);
+    const QRegularExpressionMatch credentials =
+        routepatterns::contextCredentialsRegularExpression().match(url);
     if (credentials.hasMatch() && passesContentTypeGate(request))
         return createCredentialsController(request, credentials.captured(1));
-    if (messageRegularExpression().match(url).hasMatch()) {
+    if (routepatterns::messageRegularExpression().match(url).hasMatch()) {
         qCDebug(contextControllerStrategyLogging) << "Received request matching message URL";
         if (passesContentTypeGate(request))
             return new MessageController(m_messageService, request.method());

@@ -83,10 +83,14 @@ void ContextEventController::onContextChanged(const QString &id, const QJsonValu
         return;
     }
     qCDebug(contextEventControllerLogging) << "Context changed. Return long polling.";
-    forbidCaching();
-    m_response->setHeader(QStringLiteral("Content-Type"), QStringLiteral("application/json"));
-    m_response->writeHead(200);
-    m_response->end(m_strategy.indentedJson(context));
+    // Until the event loop turns, changes still come here after the answer. One upload may bring thousands,
+    // and to render each for nobody would stop the host for minutes.
+    if (m_response->isOpen()) {
+        forbidCaching();
+        m_response->setHeader(QStringLiteral("Content-Type"), QStringLiteral("application/json"));
+        m_response->writeHead(200);
+        m_response->end(m_strategy.indentedJson(context));
+    }
     m_strategy.lastSentContexts()[m_contextId] = context;
     deleteLater();
 }

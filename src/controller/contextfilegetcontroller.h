@@ -30,7 +30,8 @@ public:
     void release() override;
     void setRequest(QSharedPointer<http::server::Request> request) override;
     void setResponse(QSharedPointer<http::server::Response> response) override;
-    /// Throws std::runtime_error if the id or the name is empty, which no route lets happen.
+    /// Throws std::runtime_error if the id or the name is empty. No route lets an empty id happen, but a name
+    /// may be empty once it is decoded: that of a byte order mark alone.
     void onNewRequest() override;
 
 private:

@@ -9,8 +9,7 @@
 
 namespace tessel::system {
 
-// Nothing here logs; the category is there for whoever switches it on for the whole family.
-[[maybe_unused]] static const QLoggingCategory &tsystemSettingsLogging()
+const QLoggingCategory &tsystemSettingsLogging()
 {
     static const QLoggingCategory category("ch.tessel.system.settings");
     return category;

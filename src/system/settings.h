@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVariant>
 
+class QLoggingCategory;
+
 namespace tessel::system {
 
 /**
@@ -29,5 +31,8 @@ public:
 private:
     QMap<QString, QVariant> m_values;
 };
+
+/// The category "ch.tessel.system.settings", which stays silent.
+const QLoggingCategory &tsystemSettingsLogging();
 
 } // namespace tessel::system

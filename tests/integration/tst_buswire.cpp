@@ -203,6 +203,8 @@ private Q_SLOTS:
         {
             HostProcess killed(contextAndWire(), socketSetting());
             QVERIFY2(killed.start(), killed.readLog().constData());
+            killed.process.kill();
+            QVERIFY(killed.process.waitForFinished());
         }
         QVERIFY(QFile::exists(path));
         HostProcess host(contextAndWire(), socketSetting());

@@ -16,8 +16,15 @@ class CredentialsTest final : public QObject
 
     const QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("buswire.sock"));
+    const QStringList plugins{QStringLiteral("--plugin"), QStringLiteral(CONTEXT_PLUGIN),
+                              QStringLiteral("--plugin"), QStringLiteral(BUSWIRE_PLUGIN)};
     std::optional<HostProcess> host;
     std::optional<UnixClient> wire;
+
+    [[nodiscard]] static QByteArray socketSetting(const QString &socketPath)
+    {
+        return "[ch.tessel.vexo-service.buswire]\nsocket=" + QFile::encodeName(socketPath) + '\n';
+    }
 
     // JSON in C++: with single quotes.
     [[nodiscard]] static QByteArray q(QByteArray text) { return text.replace('\'', '"'); }
@@ -55,9 +62,7 @@ class CredentialsTest final : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        host.emplace(QStringList{QStringLiteral("--plugin"), QStringLiteral(CONTEXT_PLUGIN),
-                                 QStringLiteral("--plugin"), QStringLiteral(BUSWIRE_PLUGIN)},
-                     "[ch.tessel.vexo-service.buswire]\nsocket=" + QFile::encodeName(path) + '\n');
+        host.emplace(plugins, socketSetting(path));
         QVERIFY2(host->start(), host->readLog().constData());
         wire.emplace(path);
         QVERIFY(wire->isConnected());
@@ -104,13 +109,48 @@ private Q_SLOTS:
         QCOMPARE(nextChunk(), reset("desk3"));
     }
 
-    void credentialsAreNotLoggedUnlessAskedFor()
+    // The log is whole only once the host has ended, so that each row has a host of its own.
+    void secretsAreLoggedAtDebugLevelAlone_data()
     {
-        QVERIFY(ask(request("POST /context/desk4/credentials", q("[{'service':'s','keyPass':'secret-4'}]")))
-                    .startsWith("HTTP/1.1 200 "));
-        QCOMPARE(nextChunk(), reset("desk4"));
-        QCOMPARE(nextChunk(), credential("desk4", q("{'keyPass':'secret-4','service':'s'}")));
-        QVERIFY(!host->readLog().contains("secret-4"));
+        QTest::addColumn<QString>("rules");
+        QTest::addColumn<bool>("areLogged");
+        QTest::newRow("as the host is started") << QString() << false;
+        QTest::newRow("everything that can be logged") << QStringLiteral("*=true") << true;
+    }
+    void secretsAreLoggedAtDebugLevelAlone()
+    {
+        QFETCH(QString, rules);
+        QFETCH(bool, areLogged);
+        const QString ownPath = dir.filePath(QStringLiteral("own.sock"));
+        HostProcess own(plugins, socketSetting(ownPath));
+        QProcessEnvironment environment = own.process.processEnvironment();
+        environment.insert(QStringLiteral("QT_LOGGING_RULES"), rules);
+        own.process.setProcessEnvironment(environment);
+        QVERIFY2(own.start(), own.readLog().constData());
+        UnixClient ownWire(ownPath);
+        QVERIFY(ownWire.isConnected());
+        RawClient client(own.port());
+        for (const char *body :
+             {"[{'service':'s','cert':'secret','key':'secret','keyPass':'secret'},{'keyPass':'secret'}]",
+              "[{'service':'s','id':'i','keystore_ref':'secret'},{'keystore_ref':'secret'}]",
+              "{'service':'secret'}", "[{'keyPass':'secret'"}) {
+            client.send(request("POST /context/desk4/credentials", q(body)));
+            QVERIFY(client.readAnswer().startsWith("HTTP/1.1 200 "));
+        }
+        // A reset for each, and the two that are complete: all went out.
+        for (int i = 0; i < 6; ++i)
+            QVERIFY(!ownWire.readLine().isEmpty());
+        QVERIFY2(stopHost(own), own.readLog().constData());
+
+        int count = 0;
+        const QList<QByteArray> lines = own.readLog().split('\n');
+        for (const QByteArray &line : lines) {
+            if (line.contains("secret")) {
+                QVERIFY2(line.contains(" debug ch.tessel.vexo-service."), line.constData());
+                ++count;
+            }
+        }
+        QCOMPARE(count > 0, areLogged);
     }
 
     void formStaysOpenUntilItsClientLeaves_data()

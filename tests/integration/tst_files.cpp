@@ -234,6 +234,14 @@ private Q_SLOTS:
         QCOMPARE(bodyOf(answer), body);
     }
 
+    // A byte order mark, encoded twice, leaves no name at all: the controller throws.
+    void nameThatDecodesToNothingIsTheHostsFailure()
+    {
+        const QByteArray answer = get("/context/kept/file/%25EF%25BB%25BF");
+        QVERIFY2(isProblem(answer, 500), answer.constData());
+        QCOMPARE(bodyOf(get("/context/kept/file/a.pdf")), QByteArray("of a"));
+    }
+
     void requestsThatNobodyTakes_data()
     {
         QTest::addColumn<QByteArray>("line");
@@ -305,6 +313,22 @@ private Q_SLOTS:
         QVERIFY(!poll.isReadable(0));
         QVERIFY(ask(upload("watched", {part("a", "third"), part("b", "new")})).startsWith("HTTP/1.1 204 "));
         QCOMPARE(urlsOf(poll.readAnswer()).size(), 2);
+    }
+
+    // Each file is a change of its own, but one poll is answered once.
+    void severalFilesWakeAPollWithTheFirst()
+    {
+        QVERIFY(ask(request("PUT /context/several", {}, R"({"_id":"several"})")).startsWith("HTTP/1.1 201 "));
+        QVERIFY(get("/context/several/event").startsWith("HTTP/1.1 200 "));
+        RawClient poll(host.port());
+        park(poll, "several");
+        QVERIFY(ask(upload("several", {part("b", "2"), part("a", "1"), part("c", "3")}))
+                    .startsWith("HTTP/1.1 204 "));
+        QCOMPARE(urlsOf(poll.readAnswer()), QStringList(QStringLiteral("/context/several/file/a")));
+        QCOMPARE(urlsOf(get("/context/several")).size(), 3);
+        park(poll, "several");
+        QVERIFY(ask(upload("several", {part("d", "4")})).startsWith("HTTP/1.1 204 "));
+        QCOMPARE(urlsOf(poll.readAnswer()).size(), 4);
     }
 
     // What is uploaded stays until the host ends, and a context that comes back under the id has it again.

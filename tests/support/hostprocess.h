@@ -35,6 +35,10 @@ public:
     }
     ~HostProcess()
     {
+        // Asked first: a process that is killed leaves no coverage counters behind.
+        process.terminate();
+        if (process.waitForFinished(5000))
+            return;
         process.kill();
         process.waitForFinished();
     }

@@ -83,6 +83,15 @@ public:
         }
     }
 
+    /// All that comes until the other end closes; ends the test if nothing comes for 30 seconds.
+    [[nodiscard]] QByteArray readUntilClosed()
+    {
+        while (receive()) { }
+        if (!isReadable(0))
+            qFatal("The other end does not close.");
+        return std::exchange(m_received, {});
+    }
+
     /// True if something can be read, or the other end has closed, within `milliseconds`.
     [[nodiscard]] bool isReadable(int milliseconds) const
     {

@@ -11,72 +11,16 @@ Two things may differ from what the README prints:
 """
 
 import argparse
-import os
 import re
-import selectors
 import subprocess
 import sys
-import tempfile
-import time
 
-PATIENCE_S = 30
+from vexohost import Host, Output
+
 README_ADDRESS = "VEXO=http://127.0.0.1:8750"
-POLL_WAITS = "Current context has already been sent. Wait for change..."
+POLLS_ARE_LOGGED = "ch.tessel.vexo-service.context.eventcontroller.debug=true"
+POLL_WAITS = b"Current context has already been sent. Wait for change..."
 ID = re.compile(r'(?<="_id": ")([A-Za-z0-9]{16})(?=")')
-
-
-class Output:
-    """What a process prints, awaited with a limit of time."""
-
-    def __init__(self, pipe, name):
-        self.pipe = pipe
-        self.name = name
-        self.unread = b""
-        self.selector = selectors.DefaultSelector()
-        self.selector.register(pipe, selectors.EVENT_READ)
-
-    def read_to(self, end):
-        """Everything up to `end`, which is taken too."""
-        deadline = time.monotonic() + PATIENCE_S
-        while end not in self.unread:
-            if not self.selector.select(max(0, deadline - time.monotonic())):
-                sys.exit(f"{self.name}: no {end!r} within {PATIENCE_S} s, but {self.unread.decode()!r}")
-            piece = os.read(self.pipe.fileno(), 65536)
-            if not piece:
-                sys.exit(f"{self.name}: ended, having printed {self.unread.decode()!r}")
-            self.unread += piece
-        text, self.unread = self.unread.split(end, 1)
-        return text.decode()
-
-
-class Host:
-    """A host of its own on a free port, whose log tells when a poll has begun to wait."""
-
-    def __init__(self, executable, plugin, directory):
-        environment = dict(os.environ, HOME=directory, XDG_CONFIG_HOME=directory, XDG_CONFIG_DIRS=directory)
-        environment.pop("TS_SETTINGS_INI_FILE", None)
-        environment.pop("QT_MESSAGE_PATTERN", None)
-        environment["QT_LOGGING_RULES"] = "ch.tessel.vexo-service.context.eventcontroller.debug=true"
-        self.process = subprocess.Popen(
-            [executable, "--plugin", plugin, "--listen", "127.0.0.1:0"],
-            env=environment, stdin=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        self.log = Output(self.process.stderr, "the host")
-        self.address = None
-
-    def await_start(self):
-        self.log.read_to(b"Listening on ")
-        self.address = "http://" + self.log.read_to(b" ")
-
-    def await_waiting_poll(self):
-        self.log.read_to(POLL_WAITS.encode())
-
-    def end(self):
-        self.process.terminate()
-        try:
-            return self.process.wait(PATIENCE_S)
-        except subprocess.TimeoutExpired:
-            self.process.kill()
-            return self.process.wait()
 
 
 class Shell:
@@ -128,11 +72,11 @@ def compare(command, printed, actual, ids):
         sys.exit(f"$ {command}\nThe README prints:\n{expected}\nThe host answers:\n{actual}")
 
 
-def run_blocks(blocks, host, directory):
+def run_blocks(blocks, host):
     shells, waiting, ids = {}, {}, {}
     try:
         for place, (name, lines) in enumerate(blocks):
-            shell = shells[name] = shells.get(name) or Shell(name, directory)
+            shell = shells[name] = shells.get(name) or Shell(name, host.directory)
             rest, commands = split_commands(lines)
             if rest:
                 compare(waiting[name], rest, shell.finish(), ids)
@@ -140,9 +84,9 @@ def run_blocks(blocks, host, directory):
             later = [split_commands(lines)[0] for other, lines in blocks[place + 1:] if other == name]
             last_waits = bool(later and later[0])
             for number, (command, printed) in enumerate(commands, 1):
-                shell.begin(command.replace(README_ADDRESS, f"VEXO={host.address}"))
+                shell.begin(command.replace(README_ADDRESS, f"VEXO=http://127.0.0.1:{host.port}"))
                 if last_waits and number == len(commands):
-                    host.await_waiting_poll()
+                    host.log.read_to(POLL_WAITS)
                     waiting[name] = command
                 else:
                     compare(command, printed, shell.finish(), ids)
@@ -157,13 +101,12 @@ def test_quick_start(readme, arguments):
     blocks = list(console_blocks(readme))
     if not blocks or blocks[0][1][0] != "$ " + README_ADDRESS:
         sys.exit("The first console block does not begin with the address of the host")
-    with tempfile.TemporaryDirectory() as directory:
-        host = Host(arguments.host, arguments.plugin, directory)
-        try:
-            host.await_start()
-            run_blocks(blocks, host, directory)
-        finally:
-            status = host.end()
+    host = Host(arguments.host, [arguments.plugin], logging=POLLS_ARE_LOGGED)
+    try:
+        host.await_start()
+        run_blocks(blocks, host)
+    finally:
+        status, _ = host.end()
     if status != 0:
         sys.exit(f"The host ended with status {status}")
 

@@ -3,6 +3,7 @@
 #include "jsontext.h"
 
 #include <QRegularExpression>
+#include <QTextCodec>
 #include <QtTest>
 
 #include <memory>
@@ -66,6 +67,7 @@ private Q_SLOTS:
     void textGoesToTheFileOfItsNumber();
     void textIsWrittenUnchanged_data();
     void textIsWrittenUnchanged();
+    void textIsWrittenAsTheLocaleSays();
     void firstMatchGivesTheName_data();
     void firstMatchGivesTheName();
     void fileIsReplaced_data();
@@ -152,6 +154,15 @@ void CardExportTest::textIsWrittenUnchanged()
     push(text);
     QCOMPARE(files(), QStringList(QStringLiteral("x_n1.xml")));
     QCOMPARE(m_directory->read(QStringLiteral("x_n1.xml")), bytes);
+}
+
+void CardExportTest::textIsWrittenAsTheLocaleSays()
+{
+    QTextCodec *ofTheTests = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    push(QChar(0xe4) + tagged(QStringLiteral("1")));
+    QTextCodec::setCodecForLocale(ofTheTests);
+    QCOMPARE(m_directory->read(QStringLiteral("x_n1.xml")), QByteArray("\xe4<id>1</id>"));
 }
 
 void CardExportTest::firstMatchGivesTheName_data()

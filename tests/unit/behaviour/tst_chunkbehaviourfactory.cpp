@@ -93,6 +93,15 @@ private Q_SLOTS:
         QVERIFY(is<WriteFileToContextBehaviour>(ownedSet(store).front()));
     }
 
+    void settingThatCannotBeReadIsNone()
+    {
+        const SettingsDirectory settings;
+        QVERIFY(settings.isReady());
+        QVERIFY(QDir().mkpath(settings.filePath(QStringLiteral("system/maker/program.ini"))));
+        ContextStore store;
+        QCOMPARE(ownedSet(store).size(), std::size_t(11));
+    }
+
     void settingIsReadForEachSet()
     {
         const CardDirectory directory;

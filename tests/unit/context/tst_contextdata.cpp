@@ -2,6 +2,7 @@
 
 #include "jsontext.h"
 
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QtTest>
 
@@ -53,6 +54,36 @@ private Q_SLOTS:
         QCOMPARE(contextdata::merged(current, update),
                  object(R"({"a":{"y":2},"attachments":[1],"b":null,"c":3})"));
         QCOMPARE(current, object(R"({"a":{"x":1},"attachments":[1],"c":3})"));
+    }
+
+    // Qt's object does not find such keys when it is asked for them.
+    void oddlySpelledKeysAreMergedToo_data()
+    {
+        QTest::addColumn<QByteArray>("current");
+        QTest::addColumn<QByteArray>("update");
+        QTest::addColumn<QString>("key");
+        QTest::newRow("astral beside U+FF5E")
+            << QByteArray("{\"\xf0\x9f\x98\x80\":0}") << QByteArray("{\"\xf0\x9f\x98\x80\":1,\"\\uff5e\":2}")
+            << QString::fromUtf8("\xf0\x9f\x98\x80");
+        QTest::newRow("byte order mark") << QByteArray("{\"a\":0}")
+                                         << QByteArray("{\"\xef\xbb\xbf"
+                                                       "a\":1}")
+                                         << QStringLiteral("a");
+    }
+    void oddlySpelledKeysAreMergedToo()
+    {
+        QFETCH(QByteArray, current);
+        QFETCH(QByteArray, update);
+        QFETCH(QString, key);
+        const QJsonObject merged = contextdata::merged(QJsonDocument::fromJson(current).object(),
+                                                       QJsonDocument::fromJson(update).object());
+        for (auto it = merged.constBegin(); it != merged.constEnd(); ++it) {
+            if (it.key() == key) {
+                QCOMPARE(it.value(), QJsonValue(1));
+                return;
+            }
+        }
+        QFAIL("the key has gone");
     }
 
     void replacedTextsLeaveNoBytesBehind()

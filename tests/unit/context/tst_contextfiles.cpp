@@ -402,6 +402,17 @@ private Q_SLOTS:
         QVERIFY(!store.files.hasFile(QStringLiteral("c_a.pdf")));
     }
 
+    void bytesAreRemovedBeforeTheSignal()
+    {
+        ContextStore store;
+        store.contexts.addFile(id, name, "bytes", coding());
+        QVector<bool> seen;
+        QObject::connect(&store.contexts, &ContextService::contextChanged, &store.contexts,
+                         [&] { seen.append(store.files.hasFile(QStringLiteral("c_a.pdf"))); });
+        store.contexts.removeFile(id, name);
+        QCOMPARE(seen, QVector<bool>{false});
+    }
+
     void removeKeepsTheOthersInOrder()
     {
         ContextStore store;

@@ -183,6 +183,40 @@ private Q_SLOTS:
         plugin->detachChunkService(second.bus());
     }
 
+    void anotherBusTakesThePlaceOfTheFirst()
+    {
+        QPluginLoader loader(pluginFile());
+        const std::unique_ptr<QObject> instance(loader.instance());
+        auto *plugin = qobject_cast<VexoServicePlugin *>(instance.get());
+        QVERIFY(plugin != nullptr);
+        plugin->initialize();
+        http::ControllerStrategy &strategy = *plugin->getControllers().front();
+        const auto publish = [&strategy](const QByteArray &data) {
+            const Exchange put(strategy, Method::Put, "/context/a", jsonHeaders, data);
+            const Exchange post(strategy, Method::Post, "/context/a/credentials", jsonHeaders, "[]");
+            return post.status();
+        };
+        MortalBus first;
+        RecordingChunkService second;
+        plugin->attachChunkService(first.bus());
+        plugin->attachChunkService(second);
+        QCOMPARE(first.bus().listeners.size(), 1);
+        QCOMPARE(second.listeners, first.bus().listeners);
+        QCOMPARE(publish(R"({"x":1})"), 200);
+        QVERIFY(first.bus().chunks.isEmpty());
+        QCOMPARE(second.chunks.size(), 2);
+
+        // Whichever bus goes, nobody publishes any more; what comes in is stored.
+        plugin->detachChunkService(first.bus());
+        first.end();
+        QCOMPARE(publish(R"({"x":2})"), 200);
+        second.listeners.front()->onChunkUpdated(
+            json(QStringLiteral(R"({"exchange":"vexo-context-rpc-set","body":{"_id":"b"}})")));
+        QCOMPARE(second.chunks.size(), 2);
+        const Exchange get(strategy, Method::Get, "/context/b");
+        QCOMPARE(get.status(), 200);
+    }
+
     void chunksReachTheBehaviours()
     {
         QPluginLoader loader(pluginFile());

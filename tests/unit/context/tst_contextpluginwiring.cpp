@@ -330,6 +330,8 @@ private Q_SLOTS:
         m_plugin->initialize();
         for (const char *event : {"-files", "-contexts", "-messages", "-routes"})
             QCOMPARE(m_recorder.journal.filter(QLatin1String(event)).size(), 1);
+        // Appended, and nothing is taken out.
+        QCOMPARE(m_plugin->getControllers().size(), std::size_t(2));
     }
 
     void categoryIsNamed()

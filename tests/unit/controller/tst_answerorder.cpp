@@ -51,6 +51,7 @@ private Q_SLOTS:
     void answers_data();
     void answers();
     void fileInBase64();
+    void uploadIsAnsweredBehindItsFiles();
     void parkedPoll();
     void parkedPollOfMessages();
 
@@ -137,6 +138,17 @@ void AnswerOrderTest::fileInBase64()
     const Exchange exchange(fixture.strategy, Method::Get, "/context/known/file/a.pdf",
                             {{"Accept-Encoding", "base64"}});
     QCOMPARE(m_journal, QStringList{QStringLiteral("Content-Encoding")} + plain(200));
+}
+
+void AnswerOrderTest::uploadIsAnsweredBehindItsFiles()
+{
+    ContextFixture fixture;
+    QObject::connect(&fixture.contexts, &ContextService::contextChanged, &fixture.contexts,
+                     [this] { m_journal.append(QStringLiteral("changed")); });
+    const QByteArray body = "--X\r\nContent-Disposition: a; filename=b\r\n\r\n1\r\n--X--\r\n";
+    const Exchange exchange(fixture.strategy, Method::Post, "/context/abc/file",
+                            {{"Content-Type", "multipart/form-data; boundary=X"}}, body);
+    QCOMPARE(m_journal, QStringList{QStringLiteral("changed")} + plain(204));
 }
 
 void AnswerOrderTest::parkedPoll()

@@ -338,6 +338,9 @@ void ContextControllerStrategyTest::filePathsAreMatchedDecoded_data()
     row("umlaut encoded twice", "/context/abc/file/%25C3%25A4", "\xc3\xa4");
     row("no UTF-8 encoded once", "/context/abc/file/%FF", nullptr);
     row("no UTF-8 encoded twice", "/context/abc/file/%25FF", "\xef\xbf\xbd");
+    row("byte order mark encoded once", "/context/abc/file/%EF%BB%BFa", nullptr);
+    row("byte order mark encoded twice", "/context/abc/file/%25EF%25BB%25BFa", "a");
+    row("byte order mark within, encoded twice", "/context/abc/file/a%25EF%25BB%25BF", "a\xef\xbb\xbf");
     row("plus", "/context/abc/file/a+b", nullptr);
     row("plus encoded twice", "/context/abc/file/a%252Bb", "a+b");
     row("tilde", "/context/abc/file/a~b", nullptr);

@@ -86,6 +86,7 @@ private Q_SLOTS:
     void oneChangeWakesAllPolls();
     void pollAfterTheChangeWaits();
     void twoChangesInOneTurnAnswerOnceAndRememberTheLast();
+    void onlyTheFirstChangeInOneTurnIsRendered();
     void releaseOfAParkedPollWritesNothing();
     void releaseBetweenTheAnswerAndTheEventLoopIsSafe();
     void deletionDoesNotWake_data();
@@ -337,6 +338,19 @@ void ContextEventControllerTest::twoChangesInOneTurnAnswerOnceAndRememberTheLast
     QCOMPARE(fixture.lastSent(), object(R"({"a":1,"inbox":2})"));
     const Exchange next = fixture.poll();
     QCOMPARE(next.body(), QByteArray("{\n    \"a\": 1,\n    \"inbox\": 3\n}\n"));
+}
+
+// The strategy keeps the text that it made last. One request or chunk may change a context thousands of
+// times, and a text for each of them would cost the host minutes.
+void ContextEventControllerTest::onlyTheFirstChangeInOneTurnIsRendered()
+{
+    PollFixture fixture;
+    fixture.deliver(R"({"a":1})");
+    const Exchange poll = fixture.poll();
+    fixture.store(R"({"a":1,"inbox":1})");
+    fixture.store(R"({"a":1,"inbox":2})");
+    QVERIFY(poll.isAnswered());
+    QVERIFY(fixture.strategy.indentedJson(object(R"({"a":1,"inbox":1})")).isSharedWith(poll.body()));
 }
 
 void ContextEventControllerTest::releaseOfAParkedPollWritesNothing()

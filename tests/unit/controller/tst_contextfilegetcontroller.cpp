@@ -358,6 +358,20 @@ private Q_SLOTS:
         QCOMPARE(fixture.contexts.getContextKeys(), QStringList());
     }
 
+    // The decoder drops a byte order mark at the start of a name, so that a request can have an empty one.
+    void nameOfAByteOrderMarkAloneThrows()
+    {
+        FileFixture fixture;
+        const auto request = QSharedPointer<Request>::create(
+            Method::Get, QUrl(QStringLiteral("/context/abc/file/%25EF%25BB%25BF")), HeaderFields(),
+            QByteArray());
+        http::Controller *controller = fixture.strategy.createController(request);
+        QVERIFY(controller != nullptr);
+        controller->setRequest(request);
+        QVERIFY_EXCEPTION_THROWN(controller->onNewRequest(), std::runtime_error);
+        controller->release();
+    }
+
     void releaseDropsRequestAndResponse()
     {
         ContextFixture fixture;

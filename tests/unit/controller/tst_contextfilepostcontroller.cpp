@@ -162,6 +162,34 @@ private Q_SLOTS:
         QVERIFY(!next.isAnswered());
     }
 
+    // The poll is told of the first file alone, and the next one waits, deliberately: what was delivered last
+    // is what the context held last.
+    void everyFileIsAChangeOfItsOwn()
+    {
+        ContextFixture fixture;
+        fixture.contexts.setContext(id(), object(R"({"_id":"abc"})"));
+        const QByteArray event = "/context/abc/event";
+        QVERIFY(Exchange(fixture.strategy, Method::Get, event).isAnswered());
+        const Exchange poll(fixture.strategy, Method::Get, event);
+        const LogCapture log(category);
+        QVector<QStringList> seen;
+        QVector<QStringList> logged;
+        QObject::connect(&fixture.contexts, &ContextService::contextChanged, &fixture.contexts, [&] {
+            seen.append(urls(fixture));
+            logged.append(linesOf(log));
+        });
+        const Exchange exchange(fixture.strategy, Method::Post, target, typed(),
+                                bodyOf({part("c", "3"), part("a", "1"), part("b", "2")}));
+        QCOMPARE(exchange.status(), 204);
+        const QString a = QStringLiteral("/context/abc/file/a");
+        const QString b = QStringLiteral("/context/abc/file/b");
+        const QString c = QStringLiteral("/context/abc/file/c");
+        QCOMPARE(seen, QVector<QStringList>({{a}, {a, b}, {a, b, c}}));
+        QCOMPARE(logged, QVector<QStringList>(3, uploading));
+        QCOMPARE(object(poll.body()).value(QLatin1String("attachments")).toArray().size(), 1);
+        QVERIFY(!Exchange(fixture.strategy, Method::Get, event).isAnswered());
+    }
+
     void contextThatIsNoObjectTakesTheBytes()
     {
         ContextFixture fixture;

@@ -7,8 +7,10 @@
 
 #include <QtTest>
 
+#include <functional>
 #include <memory>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 using http::server::HeaderFields;
@@ -44,10 +46,43 @@ struct PollFixture : ContextFixture
     [[nodiscard]] bool cutsConnections() { return QObject::disconnect(&messages, nullptr, nullptr, nullptr); }
 };
 
+QStringList identifiersIn(const QByteArray &body)
+{
+    return textsOf(QJsonDocument::fromJson(body)).keys();
+}
+
 QStringList identifiersIn(const Exchange &exchange)
 {
-    return textsOf(QJsonDocument::fromJson(exchange.body())).keys();
+    return identifiersIn(exchange.body());
 }
+
+/// A poll whose client acts as soon as it is answered, from inside the answer.
+class ActingPoll final : public http::server::AnswerSink
+{
+public:
+    ActingPoll(MessageService &messages, std::function<void()> act)
+        : m_act(std::move(act))
+        , m_controller(new MessageEventController(messages))
+    {
+        m_controller->setResponse(QSharedPointer<Response>::create(this));
+        m_controller->onNewRequest();
+    }
+    ~ActingPoll() { m_controller->release(); }
+    Q_DISABLE_COPY_MOVE(ActingPoll)
+
+    void answer(http::server::Answer &&answer) override
+    {
+        bodies += answer.body;
+        m_act();
+    }
+    void abandoned() override { }
+
+    QByteArrayList bodies;
+
+private:
+    std::function<void()> m_act;
+    MessageEventController *m_controller;
+};
 
 } // namespace
 
@@ -64,6 +99,9 @@ private Q_SLOTS:
     void oneMessageWakesAllPolls();
     void nextMessageDoesNotReachAnAnsweredPoll();
     void nextPollIsAnsweredFromInsideTheSignal();
+    void clientMayConsumeAndPollAgainFromInsideItsAnswer();
+    void messageFromInsideAnAnswerReachesEveryPollOnce();
+    void otherPollMayBeReleasedFromInsideAnAnswer();
     void consumptionAnswersNobody();
     void deleteIsServedLikeGet_data();
     void deleteIsServedLikeGet();
@@ -206,6 +244,59 @@ void MessageEventControllerTest::nextPollIsAnsweredFromInsideTheSignal()
     fixture.messages.addMessage(message("a"));
     QVERIFY(next && next->isAnswered());
     QCOMPARE(next->body(), parked.body());
+}
+
+void MessageEventControllerTest::clientMayConsumeAndPollAgainFromInsideItsAnswer()
+{
+    PollFixture fixture;
+    std::unique_ptr<Exchange> again;
+    const ActingPoll first(fixture.messages, [&] {
+        fixture.consume(R"(["a"])");
+        again = std::make_unique<Exchange>(fixture.strategy, Method::Get, target);
+    });
+    const Exchange second = fixture.poll();
+    fixture.messages.addMessage(message("a"));
+    QCOMPARE(first.bodies.size(), 1);
+    QCOMPARE(identifiersIn(first.bodies.constFirst()), QStringList{QStringLiteral("a")});
+    // What is left when its turn comes.
+    QCOMPARE(second.status(), 200);
+    QCOMPARE(second.body(), QByteArray("[\n]\n"));
+    QVERIFY(again && !again->isAnswered());
+    fixture.messages.addMessage(message("b"));
+    QCOMPARE(identifiersIn(*again), QStringList{QStringLiteral("b")});
+}
+
+void MessageEventControllerTest::messageFromInsideAnAnswerReachesEveryPollOnce()
+{
+    PollFixture fixture;
+    const ActingPoll first(fixture.messages, [&] {
+        if (textsOf(fixture.messages.createMessageUpdate()).size() == 1)
+            fixture.messages.addMessage(message("b"));
+    });
+    const Exchange second = fixture.poll();
+    const LogCapture log(category);
+    fixture.messages.addMessage(message("a"));
+    QCOMPARE(first.bodies.size(), 1);
+    QCOMPARE(identifiersIn(first.bodies.constFirst()), QStringList{QStringLiteral("a")});
+    QCOMPARE(identifiersIn(second), (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
+    QCOMPARE(linesOf(log), answering + answering);
+    QVERIFY(!fixture.cutsConnections());
+}
+
+void MessageEventControllerTest::otherPollMayBeReleasedFromInsideAnAnswer()
+{
+    PollFixture fixture;
+    std::unique_ptr<Exchange> second;
+    const ActingPoll first(fixture.messages, [&] { second->leave(); });
+    second = std::make_unique<Exchange>(fixture.strategy, Method::Get, target);
+    const Exchange third = fixture.poll();
+    const LogCapture log(category);
+    fixture.messages.addMessage(message("a"));
+    QCOMPARE(first.bodies.size(), 1);
+    QVERIFY(!second->isAnswered());
+    QCOMPARE(third.body(), first.bodies.constFirst());
+    QCOMPARE(linesOf(log), answering + answering);
+    QVERIFY(!fixture.cutsConnections());
 }
 
 void MessageEventControllerTest::consumptionAnswersNobody()

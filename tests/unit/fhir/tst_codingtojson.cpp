@@ -14,7 +14,7 @@ using fhir::stu3::CodingToJson;
 
 static_assert(std::is_constructible_v<CodingToJson, const Coding &>);
 
-/// What is written, told by what is read: every row is an object that a Coding holds whole.
+/// Every row is the object that is written for a Coding with just these fields set.
 class CodingToJsonTest : public QObject
 {
     Q_OBJECT

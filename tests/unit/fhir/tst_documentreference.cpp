@@ -147,6 +147,25 @@ private Q_SLOTS:
         isFull(assigned, 8);
     }
 
+    void assignmentIsLoggedBeforeAnythingIsAssigned()
+    {
+        static DocumentReference assigned;
+        static QStringList seen;
+        const auto see = [](QtMsgType, const QMessageLogContext &, const QString &line) {
+            seen.append(line + QString::number(static_cast<int>(assigned.resourceType())) + assigned.id()
+                        + assigned.status());
+        };
+        DocumentReference source;
+        fill(source);
+        QLoggingCategory::setFilterRules(QLatin1String(category) + QStringLiteral("=true"));
+        const QtMessageHandler previous = qInstallMessageHandler(see);
+        assigned = source;
+        qInstallMessageHandler(previous);
+        QLoggingCategory::setFilterRules(QString());
+        QCOMPARE(seen, QStringList(QStringLiteral("Calling assignment operator3")));
+        isFull(assigned, 8);
+    }
+
     void isCopiedWhereItCouldBeMoved()
     {
         const LogCapture log(category);

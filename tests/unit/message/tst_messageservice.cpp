@@ -5,6 +5,7 @@
 #include "structure/content/messageconsumption.h"
 
 #include <QLoggingCategory>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTimer>
 #include <QtTest>
@@ -156,6 +157,29 @@ private Q_SLOTS:
             QVERIFY(isCurrent());
         }
         QCOMPARE(service.indentedUpdate(), QByteArray("[\n]\n"));
+    }
+
+    // Many identifiers, so that the set grows and shrinks, and that its order changes with it.
+    void keptTextIsTheUpdateAtAnyTime()
+    {
+        MessageService service;
+        QRandomGenerator random(20260131);
+        const auto someIdentifier = [&] { return QString::number(random.bounded(100)); };
+        for (int step = 0; step < 800; ++step) {
+            const bool grows = step / 200 % 2 == 0;
+            if (random.bounded(4) != 0 ? grows : !grows) {
+                service.addMessage(message(someIdentifier().toLatin1().constData(), "t",
+                                           QByteArray::number(step).constData()));
+            } else {
+                service.applyMessageConsumption(consumptionOf({someIdentifier(), someIdentifier()}));
+            }
+            // Not after every step, so that several changes also come in one.
+            if (random.bounded(3) == 0) {
+                const QByteArray kept = service.indentedUpdate();
+                QCOMPARE(kept, service.createMessageUpdate().toJson());
+                QCOMPARE(service.indentedUpdate(), kept);
+            }
+        }
     }
 
     void consumptionRemovesWhatItNames_data()

@@ -28,8 +28,8 @@ private Q_SLOTS:
                                     << QStringLiteral("2026-01-05T07:08:09");
         QTest::newRow("with milliseconds")
             << QDateTime(day, QTime(23, 59, 59, 999)) << QStringLiteral("2026-01-05T23:59:59");
-        QTest::newRow("in another zone") << QDateTime(day, QTime(7, 8, 9), QTimeZone("Asia/Tokyo"))
-                                         << QStringLiteral("2026-01-05T07:08:09");
+        QTest::newRow("in another zone")
+            << QDateTime(day, QTime(7, 8, 9), QTimeZone(9 * 3600)) << QStringLiteral("2026-01-05T07:08:09");
         QTest::newRow("null") << QDateTime() << QString();
         QTest::newRow("invalid") << QDateTime(QDate(2026, 2, 30), QTime(1, 2)) << QString();
     }

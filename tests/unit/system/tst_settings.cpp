@@ -2,6 +2,8 @@
 #include "settingsdirectory.h"
 #include "system/settings.h"
 
+#include <QLoggingCategory>
+
 #include <memory>
 #include <type_traits>
 
@@ -58,6 +60,7 @@ private Q_SLOTS:
     void givesValuesAsTheFileHasThem();
     void isASnapshot();
     void asksTwiceForAnAbsentKey();
+    void categoryIsNamed();
 
 private:
     [[nodiscard]] QString write(const QString &relativePath, const QString &lines) const;
@@ -264,6 +267,11 @@ void TestSettings::asksTwiceForAnAbsentKey()
     Settings settings = read(Scope::Values(0xf));
     QVERIFY(!settings.value(QStringLiteral("group/absent")).isValid());
     QVERIFY(!settings.value(QStringLiteral("group/absent")).isValid());
+}
+
+void TestSettings::categoryIsNamed()
+{
+    QCOMPARE(tessel::system::tsystemSettingsLogging().categoryName(), "ch.tessel.system.settings");
 }
 
 QTEST_GUILESS_MAIN(TestSettings)

@@ -156,10 +156,14 @@ std::size_t Connection::consumeSection(std::string_view bytes)
     }
     if (m_phase == Phase::Head)
         m_parser.headers.reserve(static_cast<int>(m_gate.length()));
+    // Of trailers the parser sees the empty line alone: to it, some of the fields that they may hold are
+    // framing.
+    const auto section =
+        m_phase == Phase::Trailers ? std::string_view("\r\n") : bytes.substr(0, m_gate.length());
     std::size_t consumed = 0;
-    const auto step = m_parser.feed(bytes.substr(0, m_gate.length()), &consumed);
+    const auto step = m_parser.feed(section, &consumed);
     // Whatever the parser makes of a section, it ends where the gate says or it is refused.
-    follow(consumed == m_gate.length() ? step : RequestParser::Step::Malformed);
+    follow(consumed == section.size() ? step : RequestParser::Step::Malformed);
     return m_gate.length();
 }
 

@@ -1,5 +1,6 @@
 #include "headergate.h"
 
+#include "authority.h"
 #include "token.h"
 
 #include <algorithm>
@@ -40,15 +41,6 @@ static bool isTarget(std::string_view target)
 {
     return !target.empty() && std::all_of(target.begin(), target.end(), [](char c) {
         return c > ' ' && c < 0x7f && c != '#';
-    });
-}
-
-static bool isHost(std::string_view host)
-{
-    static constexpr std::string_view punctuation = "-._~%!$&'()*+;=:[]";
-    return std::all_of(host.begin(), host.end(), [](char c) {
-        const char lower = static_cast<char>(c | 0x20);
-        return isDigit(c) || (lower >= 'a' && lower <= 'z') || punctuation.find(c) != std::string_view::npos;
     });
 }
 
@@ -165,7 +157,7 @@ Verdict HeaderGate::checkFraming(std::string_view name, std::string_view value)
     if (equalsIgnoringCase(name, "Host")) {
         if (m_hasHost)
             return refuse(400, "There is more than one Host header.");
-        if (!isHost(value))
+        if (!readAuthority(value))
             return refuse(400, "The Host header is malformed.");
         m_hasHost = true;
     } else if (equalsIgnoringCase(name, "Content-Length")) {

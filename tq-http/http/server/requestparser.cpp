@@ -50,8 +50,7 @@ struct RequestParser::Callbacks
     static int onFieldComplete(llhttp_t *parser)
     {
         RequestParser &me = self(parser);
-        if (!me.m_headComplete)
-            me.headers.append(rawBytes(me.m_name), rawBytes(withoutTrailingSpace(me.m_value)));
+        me.headers.append(rawBytes(me.m_name), rawBytes(withoutTrailingSpace(me.m_value)));
         me.m_name = {};
         me.m_value = {};
         return 0;
@@ -60,7 +59,6 @@ struct RequestParser::Callbacks
     static int onHeadComplete(llhttp_t *parser)
     {
         RequestParser &me = self(parser);
-        me.m_headComplete = true;
         me.m_keepsAlive = llhttp_should_keep_alive(parser) != 0;
         me.m_hasBody = (parser->flags & F_CHUNKED) != 0 || parser->content_length > 0;
         // Nothing here speaks another protocol: a request to upgrade is served as it stands.
@@ -164,7 +162,6 @@ void RequestParser::reset()
     headers = {};
     body.clear();
     m_extensionBytes = 0;
-    m_headComplete = false;
 }
 
 } // namespace http::server

@@ -21,7 +21,7 @@ class RequestParser final
 public:
     enum class Step {
         NeedsMore,
-        AtTrailers, ///< what follows is the trailer section, to be fed whole once the gate has passed it
+        AtTrailers, ///< once the gate has passed the trailer section, the empty line at its end is to be fed
         Complete,
         Malformed,
         BodyTooLarge
@@ -58,7 +58,6 @@ private:
     std::string_view m_name; ///< both in the section that is being fed
     std::string_view m_value;
     Step m_step = Step::NeedsMore;
-    bool m_headComplete = false;
     bool m_keepsAlive = false;
     bool m_hasBody = false;
 };

@@ -1,7 +1,11 @@
 #include "requesttarget.h"
 
+#include "authority.h"
+
 #include <QByteArray>
 #include <QString>
+
+#include <algorithm>
 
 namespace http::server {
 
@@ -16,10 +20,19 @@ static QUrl urlFromPathAndQuery(const QByteArray &text)
     return url;
 }
 
+static std::optional<Authority> authorityIn(const QByteArray &text, int begin, int end)
+{
+    return readAuthority({text.constData() + begin, static_cast<std::size_t>(end - begin)});
+}
+
 std::optional<QUrl> relativeUrl(const QByteArray &target, bool isConnect)
 {
-    if (isConnect)
+    if (isConnect) {
+        const auto authority = authorityIn(target, 0, target.size());
+        if (!authority || authority->host.empty() || authority->port.empty())
+            return std::nullopt;
         return QUrl();
+    }
     if (target.startsWith('/'))
         return urlFromPathAndQuery(target);
     if (target == "*")
@@ -31,6 +44,10 @@ std::optional<QUrl> relativeUrl(const QByteArray &target, bool isConnect)
     int authorityEnd = authorityBegin;
     while (authorityEnd < target.size() && target.at(authorityEnd) != '/' && target.at(authorityEnd) != '?')
         ++authorityEnd;
+    const int userEnd = target.left(authorityEnd).lastIndexOf('@') + 1;
+    const auto authority = authorityIn(target, std::max(authorityBegin, userEnd), authorityEnd);
+    if (!authority || authority->host.empty())
+        return std::nullopt;
     const QByteArray pathAndQuery = target.mid(authorityEnd);
     return urlFromPathAndQuery(pathAndQuery.startsWith('/') ? pathAndQuery : '/' + pathAndQuery);
 }

@@ -6,7 +6,8 @@ class QDateTime;
 
 namespace fhir::stu3 {
 
-/// Reads a date-time as it stands in a text of JSON.
+/// Reads a date-time as it stands in a text of JSON: the data types dateTime and instant of FHIR STU3
+/// (http://hl7.org/fhir/STU3/datatypes.html#dateTime).
 class QDateTimeFromJson final
 {
 public:
