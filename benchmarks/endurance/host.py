@@ -7,6 +7,7 @@ import subprocess
 import threading
 import time
 
+from ledger import MAPPED_FROM
 from tally import WrongAnswer
 
 PATIENCE_S = 60
@@ -18,8 +19,8 @@ xml.directory={directory}/xml
 socket={directory}/buswire.sock
 """
 # Left alone, glibc keeps freed blocks of up to 32 MiB for later: the biggest ones that ever came make resident memory
-# jump by many MiB. With fixed thresholds they go back to the kernel, and what grows can be seen.
-ALLOCATOR = {"MALLOC_MMAP_THRESHOLD_": "65536", "MALLOC_TRIM_THRESHOLD_": "65536"}
+# jump by many MiB. With low and fixed thresholds they go back to the kernel, and what grows can be seen.
+ALLOCATOR = {"MALLOC_MMAP_THRESHOLD_": str(MAPPED_FROM), "MALLOC_TRIM_THRESHOLD_": str(MAPPED_FROM)}
 
 
 class Host:
