@@ -44,7 +44,8 @@ class Host:
         self.process = subprocess.Popen(
             [f"{build}/bin/vexo-service", "--listen", "127.0.0.1:0",
              "--plugin", f"{build}/plugins/libcontextplugin.so", "--plugin", f"{build}/plugins/libbuswire.so"],
-            cwd=directory, env=environment, stdin=subprocess.DEVNULL, stderr=subprocess.PIPE)
+            cwd=directory, env=environment, stdin=subprocess.DEVNULL, stderr=subprocess.PIPE,
+            start_new_session=True)  # so that Ctrl-C is not for the host
         atexit.register(self.process.kill)
         self.started = threading.Event()
         self.thread = threading.Thread(target=self.read_log, name="log of the host", daemon=True)
