@@ -91,7 +91,11 @@ class Run:
     def go(self):
         for client in self.clients:
             client.start()
-        self.sampler.follow()
+        try:
+            self.sampler.follow()
+        except KeyboardInterrupt:
+            self.tally.fail("Interrupted")
+            self.course.stop()
         for client in self.clients:
             client.join(PATIENCE_S)
             if client.is_alive():
@@ -124,10 +128,7 @@ def main():
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     with tempfile.TemporaryDirectory(prefix="endurance-") as directory:
         run = Run(arguments, directory)
-        try:
-            run.go()
-        except KeyboardInterrupt:
-            run.tally.fail("Interrupted")
+        run.go()
         run.end()
     if arguments.samples:
         report.write_samples(arguments.samples, run.sampler)
