@@ -4,6 +4,7 @@ Started by benchmarks/endurance/run. Exits with 0 if every answer was right and 
 """
 
 import argparse
+import signal
 import sys
 import tempfile
 import time
@@ -120,6 +121,7 @@ class Run:
 
 def main():
     arguments = parse_arguments()
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     with tempfile.TemporaryDirectory(prefix="endurance-") as directory:
         run = Run(arguments, directory)
         try:

@@ -25,6 +25,11 @@ def byte_array(size):
     return block(HEADER + size + 1)
 
 
+def grown(size):
+    """What Qt allocates for an array that grows bit by bit: the next power of two."""
+    return block(1 << (HEADER + size).bit_length())
+
+
 def map_node(values):
     return block(24 + 8 * values)
 
@@ -43,7 +48,7 @@ def json_value(value):
         return 0
     texts = sum(json_string(part) for part in parts if isinstance(part, str))
     nested = sum(json_value(part) for part in parts if isinstance(part, (dict, list)))
-    return block(40) + block(HEADER + 16 * len(parts)) + (byte_array(texts) if texts else 0) + nested
+    return block(32) + (grown(16 * len(parts)) if parts else 0) + (grown(texts + 1) if texts else 0) + nested
 
 
 class Ledger:
