@@ -1,9 +1,9 @@
 #pragma once
 
 #include "export.h"
-#include "headergate.h"
-#include "requestparser.h"
+#include "requestreader.h"
 #include "response.h"
+#include "waitinginput.h"
 
 #include <QSharedPointer>
 
@@ -88,19 +88,15 @@ public:
     void timedOut();
 
 private:
-    enum class Phase { Head, Body, Trailers, Exchange, Flushing, Lingering, Closed };
+    enum class Phase { Reading, Exchange, Flushing, Lingering, Closed };
     enum class Timer { None, Idle, Header, Body, Flush, Linger };
 
     void answer(Answer &&answer) override;
     void abandoned() override;
 
-    [[nodiscard]] bool takesInput() const;
     [[nodiscard]] bool isOver() const;
     [[nodiscard]] std::size_t consume(std::string_view bytes);
-    [[nodiscard]] std::size_t consumeSection(std::string_view bytes);
-    [[nodiscard]] std::size_t consumeBody(std::string_view bytes);
     void consumeWaiting();
-    void follow(RequestParser::Step step);
     void expectBody();
     void startExchange();
     void send(const Answer &answer);
@@ -110,16 +106,13 @@ private:
     void settle();
     void startTimer(Timer timer);
     void stopTimer();
-    [[nodiscard]] int waitingBytes() const { return m_waiting.size() - m_waitingBegin; }
 
     const Limits &m_limits;
     ConnectionDelegate &m_delegate;
-    HeaderGate m_gate;
-    RequestParser m_parser;
+    RequestReader m_reader;
     QSharedPointer<Response> m_response;
-    QByteArray m_waiting; ///< input that could not be consumed yet
-    int m_waitingBegin = 0;
-    Phase m_phase = Phase::Head;
+    WaitingInput m_waiting; ///< what could not be consumed yet
+    Phase m_phase = Phase::Reading;
     bool m_keepsAlive = true;
     bool m_isHead = false;
     bool m_inputEnded = false;
