@@ -34,12 +34,12 @@ void Connection::start()
     startTimer(Timer::Idle);
 }
 
-void Connection::refuse(int status, const char *reason)
+void Connection::refuse(int status, const QString &reason)
 {
-    qCInfo(connectionLogging) << "Refused a request with" << status << reason;
+    qCInfo(connectionLogging) << "Refused a request with" << status << qUtf8Printable(reason);
     m_keepsAlive = false;
     m_isHead = false;
-    send(problem(status, QString::fromLatin1(reason)));
+    send(problem(status, reason));
 }
 
 void Connection::abort()
@@ -98,8 +98,8 @@ void Connection::flushed()
 void Connection::timedOut()
 {
     switch (std::exchange(m_timer, Timer::None)) {
-    case Timer::Header: return refuse(408, "The headers took too long.");
-    case Timer::Body: return refuse(408, "The body made no progress.");
+    case Timer::Header: return refuse(408, QStringLiteral("The headers took too long."));
+    case Timer::Body: return refuse(408, QStringLiteral("The body made no progress."));
     case Timer::Flush:
         if (m_delegate.queuedBytes() < m_queuedBytes)
             return startTimer(Timer::Flush);
@@ -130,17 +130,21 @@ bool Connection::isOver() const
 std::size_t Connection::consume(std::string_view bytes)
 {
     std::size_t consumed = 0;
-    while (m_phase == Phase::Reading) {
+    m_consuming = true;
+    for (bool goesOn = true; goesOn && m_phase == Phase::Reading;) {
         std::size_t taken = 0;
         const auto outcome = m_reader.read(bytes.substr(consumed), &taken);
         consumed += taken;
         switch (outcome) {
-        case RequestReader::Outcome::Incomplete: return consumed;
-        case RequestReader::Outcome::HeadRead: expectBody(); break;
+        case RequestReader::Outcome::Incomplete: goesOn = false; break;
+        case RequestReader::Outcome::HeadRead: screen(); break;
         case RequestReader::Outcome::Complete: startExchange(); break;
-        case RequestReader::Outcome::Refused: refuse(m_reader.status(), m_reader.reason()); break;
+        case RequestReader::Outcome::Refused:
+            refuse(m_reader.status(), QString::fromLatin1(m_reader.reason()));
+            break;
         }
     }
+    m_consuming = false;
     return consumed;
 }
 
@@ -151,6 +155,19 @@ void Connection::consumeWaiting()
         m_waiting.clear();
 }
 
+void Connection::screen()
+{
+    Screening screening = m_delegate.screen(m_reader.method(), m_reader.headers());
+    m_answerFields = std::move(screening.fields);
+    if (!screening.answer)
+        return expectBody();
+    // A body that nobody wants is not waited for.
+    m_keepsAlive = m_reader.endsWithHead() && m_reader.keepsAlive();
+    m_isHead = m_reader.method() == Request::HttpMethod::Head;
+    m_reader.drop();
+    send(*screening.answer);
+}
+
 void Connection::expectBody()
 {
     if (!m_reader.expectsBody() || !m_reader.isHttp11())
@@ -159,7 +176,7 @@ void Connection::expectBody()
     if (expectation.isNull())
         return;
     if (qstricmp(expectation.constData(), "100-continue") != 0)
-        return refuse(417, "Only the expectation \"100-continue\" is met.");
+        return refuse(417, QStringLiteral("Only the expectation \"100-continue\" is met."));
     if (m_delegate.write(QByteArrayLiteral("HTTP/1.1 100 Continue\r\n\r\n"), {})
         == ConnectionDelegate::Written::Failed)
         lost();
@@ -171,7 +188,7 @@ void Connection::startExchange()
     m_isHead = m_reader.method() == Request::HttpMethod::Head;
     const auto request = m_reader.takeRequest();
     if (!request)
-        return refuse(400, "The request target is malformed.");
+        return refuse(400, QStringLiteral("The request target is malformed."));
     m_phase = Phase::Exchange;
     m_response = QSharedPointer<Response>::create(static_cast<AnswerSink *>(this));
     m_delegate.requestReceived(request, m_response);
@@ -183,7 +200,8 @@ void Connection::send(const Answer &answer)
 {
     m_phase = Phase::Flushing;
     const bool hasBody = !m_isHead && !isBodiless(answer.status);
-    const QByteArray head = answerHead(answer, m_keepsAlive);
+    const QByteArray head = answerHead(answer, m_answerFields, m_keepsAlive);
+    m_answerFields = {};
     switch (m_delegate.write(head, hasBody ? answer.body : QByteArray())) {
     case ConnectionDelegate::Written::Sent: return readNext();
     case ConnectionDelegate::Written::Queued: startTimer(Timer::Flush); return settle();
@@ -197,7 +215,8 @@ void Connection::readNext()
         return linger();
     m_phase = Phase::Reading;
     startTimer(Timer::Idle);
-    if (m_waiting.size() > 0)
+    // What has answered from inside of consume() goes on there.
+    if (m_waiting.size() > 0 && !m_consuming)
         consumeWaiting();
     if (m_inputEnded && m_phase == Phase::Reading)
         return close();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "export.h"
+#include "guard.h"
 #include "requestreader.h"
 #include "response.h"
 #include "waitinginput.h"
@@ -13,7 +14,6 @@
 namespace http::server {
 
 struct Limits;
-class Request;
 
 /// What carries a connection's bytes and serves its requests: a socket, or a test.
 class TQ_HTTP_EXPORT ConnectionDelegate
@@ -38,6 +38,8 @@ public:
     /// The connection is over. It is destroyed later, not from inside this call.
     virtual void close() = 0;
 
+    /// The head of a request has come. Its body is not read before this call has returned.
+    [[nodiscard]] virtual Screening screen(Request::HttpMethod method, const HeaderFields &headers) = 0;
     /// A request is complete. The order of these two calls is kept until they reach the application.
     virtual void requestReceived(const QSharedPointer<Request> &request,
                                  const QSharedPointer<Response> &response) = 0;
@@ -71,7 +73,7 @@ public:
     /// The client may speak now.
     void start();
     /// Answers with a problem instead of reading anything, and closes.
-    void refuse(int status, const char *reason);
+    void refuse(int status, const QString &reason);
 
     /// Closes without a word; an exchange that is open ends silently.
     void abort();
@@ -97,6 +99,7 @@ private:
     [[nodiscard]] bool isOver() const;
     [[nodiscard]] std::size_t consume(std::string_view bytes);
     void consumeWaiting();
+    void screen();
     void expectBody();
     void startExchange();
     void send(const Answer &answer);
@@ -112,7 +115,9 @@ private:
     RequestReader m_reader;
     QSharedPointer<Response> m_response;
     WaitingInput m_waiting; ///< what could not be consumed yet
+    HeaderFields m_answerFields; ///< the guard's, for the answer to the present request
     Phase m_phase = Phase::Reading;
+    bool m_consuming = false;
     bool m_keepsAlive = true;
     bool m_isHead = false;
     bool m_inputEnded = false;
