@@ -1,23 +1,20 @@
 #pragma once
 
 #include "listenaddress.h"
+#include "settingvalue.h"
 #include "startfailure.h"
 
 #include <http/server/limits.h>
 
 #include <QStringList>
-#include <QVariant>
 
-#include <functional>
 #include <optional>
 #include <variant>
 
 /// What the settings group "ch.tessel.vexo-service" says. A key that is not set has its default.
 struct HostSettings
 {
-    /// Gives the value of one full key, such as "ch.tessel.vexo-service/http.listen"; invalid if it is not
-    /// set.
-    using Lookup = std::function<QVariant(const QString &key)>;
+    using Lookup = SettingLookup;
 
     std::optional<ListenAddress> listen; ///< `http.listen`
     QStringList pluginDirectories; ///< `plugins.directory`, one or a list; empty if not set
