@@ -16,6 +16,11 @@ std::variant<HostSettings, StartFailure> HostSettings::read(const Lookup &lookup
         return std::move(*failure);
     settings.limits = std::get<http::server::Limits>(limits);
 
+    auto access = AccessSettings::read(lookup);
+    if (auto *failure = std::get_if<StartFailure>(&access))
+        return std::move(*failure);
+    settings.access = std::get<AccessSettings>(std::move(access));
+
     const SettingValue listen(lookup, listenKey);
     if (listen.isSet()) {
         settings.listen = ListenAddress::parse(listen.text());
@@ -33,6 +38,6 @@ std::variant<HostSettings, StartFailure> HostSettings::read(const Lookup &lookup
 
 QString HostSettings::describe()
 {
-    return describeSetting(listenKey, ListenAddress().toString(), "see --listen")
+    return describeSetting(listenKey, ListenAddress().toString(), "see --listen") + AccessSettings::describe()
            + describeSetting(directoryKey, {}, "see --plugin-dir") + describeLimits();
 }

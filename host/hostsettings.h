@@ -1,5 +1,6 @@
 #pragma once
 
+#include "accesssettings.h"
 #include "listenaddress.h"
 #include "settingvalue.h"
 #include "startfailure.h"
@@ -18,6 +19,7 @@ struct HostSettings
 
     std::optional<ListenAddress> listen; ///< `http.listen`
     QStringList pluginDirectories; ///< `plugins.directory`, one or a list; empty if not set
+    AccessSettings access; ///< who is served
     http::server::Limits limits; ///< `http.max…` in bytes and connections, `http.…Timeout` in seconds
     Lookup lookup; ///< what it was read with; null if it was not read
 

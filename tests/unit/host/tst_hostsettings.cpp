@@ -31,6 +31,13 @@ private Q_SLOTS:
         QCOMPARE(settings.limits.maxBodyBytes, std::int64_t(300));
     }
 
+    void whoIsServedIsRead()
+    {
+        const auto settings =
+            std::get<HostSettings>(readOne(QStringLiteral("http.sameUser"), QStringLiteral("off")));
+        QVERIFY(!settings.access.sameUser);
+    }
+
     void listenIsRead()
     {
         const auto settings =
@@ -69,6 +76,7 @@ private Q_SLOTS:
                 << QString::fromLatin1(key) << QString::fromLatin1(text) << QString::fromLatin1(why);
         };
         row("http.maxBodyBytes", "many", "must be a whole number");
+        row("http.allowedOrigins", "*", "\"*\" is no origin");
         row("http.listen", "everywhere", "must be ADDRESS:PORT");
         row("http.listen", "", "must be ADDRESS:PORT");
         row("plugins.directory", "", "must name a directory");
