@@ -1,6 +1,5 @@
+#include "system/socketfile.h"
 #include "unixclient.h"
-
-#include <socketfile.h>
 
 #include <QtTest>
 
@@ -9,7 +8,7 @@
 #include <sys/stat.h>
 #include <thread>
 
-using buswire::SocketFile;
+using tessel::system::SocketFile;
 
 class SocketFileTest : public QObject
 {

@@ -9,7 +9,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-namespace buswire {
+namespace tessel::system {
 
 namespace {
 
@@ -116,4 +116,4 @@ SocketFile::~SocketFile()
     close(m_descriptor);
 }
 
-} // namespace buswire
+} // namespace tessel::system

@@ -5,7 +5,7 @@
 
 #include <sys/types.h>
 
-namespace buswire {
+namespace tessel::system {
 
 /// A listening unix stream socket and its file, which nobody but its owner may use, not even for a moment.
 class SocketFile final
@@ -32,4 +32,4 @@ private:
     ino_t m_inode = 0;
 };
 
-} // namespace buswire
+} // namespace tessel::system
