@@ -50,6 +50,7 @@ install(FILES
     src/system/applicationpaths.h
     src/system/scope.h
     src/system/settings.h
+    src/system/socketfile.h
     DESTINATION ${sdk_include_dir}/system)
 
 configure_package_config_file(cmake/K7PluginApiConfig.cmake.in ${PROJECT_BINARY_DIR}/K7PluginApiConfig.cmake
