@@ -2,6 +2,7 @@
 #include "hostprocess.h"
 #include "otheruser.h"
 #include "rawclient.h"
+#include "testsocket.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -50,7 +51,7 @@ class SameUserTest final : public QObject
     static QByteArray put(const QByteArray &id)
     {
         return "PUT /context/" + id
-               + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\nContent-Length: 2\r\n\r\n{}";
+               + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\nContent-Length: 7\r\n\r\n{\"a\":1}";
     }
     static QByteArray get(const QByteArray &id)
     {
@@ -160,6 +161,32 @@ private Q_SLOTS:
         QCOMPARE(host->readLog().contains(" warning ch.tessel.vexo-service.access: "), !isServed);
     }
 
+    void noWayToThePortLeadsPastTheQuestion_data()
+    {
+        QTest::addColumn<QByteArray>("target");
+        QTest::addColumn<QByteArray>("source");
+        QTest::newRow("IPv6") << QByteArray("::1") << QByteArray();
+        QTest::newRow("IPv4 by an IPv6 socket") << QByteArray("::ffff:127.0.0.1") << QByteArray();
+        QTest::newRow("from another loopback address") << QByteArray("127.0.0.1") << QByteArray("127.0.0.2");
+        const QByteArray own = addressBeyondLoopback();
+        if (!own.isEmpty())
+            QTest::newRow("from an address beyond the loopback") << QByteArray("127.0.0.1") << own;
+    }
+    void noWayToThePortLeadsPastTheQuestion()
+    {
+        QFETCH(QByteArray, target);
+        QFETCH(QByteArray, source);
+        if (!TestSocket::listening(target).isOpen())
+            QSKIP("This machine has no such address.");
+        const auto host = makeHost();
+        QVERIFY2(host->start(), host->readLog().constData());
+        OtherUser client(nobody, [&] {
+            const auto connected = TestSocket::connected(target, htons(host->port()), source);
+            return connected.isOpen() ? connected.awaitEnd() : QByteArray("no connection");
+        });
+        compareWithRefusal(client.result());
+    }
+
     void refusalIsLoggedWithUserAndSetting()
     {
         const auto host = makeHost();
@@ -229,7 +256,7 @@ private Q_SLOTS:
         QCOMPARE(statusOf(answer), 200);
         const auto bodyOf = [](const QByteArray &whole) { return whole.mid(whole.indexOf("\r\n\r\n")); };
         QCOMPARE(bodyOf(ask(host->port(), get("desk"))), bodyOf(answer));
-        QVERIFY(bodyOf(answer).contains("\"_id\""));
+        QVERIFY(bodyOf(answer).contains("\"a\""));
     }
 
     void userOfTheUnixSocketIsAskedForToo_data()
