@@ -70,7 +70,8 @@ std::optional<StartFailure> HttpDoors::makeGuard(const HostSettings &settings)
         auto users = PeerUsers::resolve(settings.access.allowedUsers);
         if (auto *failure = std::get_if<StartFailure>(&users))
             return std::move(*failure);
-        m_users = std::make_unique<PeerUsers>(::geteuid(), std::get<QSet<uid_t>>(std::move(users)));
+        m_users =
+            std::make_unique<PeerUsers>(::geteuid(), std::get<QSet<uid_t>>(std::move(users)), m_refusals);
         peerCheck = [this](int socket) { return m_users->refusal(socket); };
     }
     std::optional<AccessToken> token;

@@ -1,23 +1,11 @@
 #include "peerusers.h"
 
+#include "refusallog.h"
 #include "useraccounts.h"
 
-#include <QLoggingCategory>
 #include <QRegularExpression>
 
 static constexpr uid_t root = 0;
-
-static const QLoggingCategory &accessLogging()
-{
-    static const QLoggingCategory category("ch.tessel.vexo-service.access");
-    return category;
-}
-
-// Every refusal, whatever a client does to have many of them, is logged here.
-static void logRefusal(const QString &reason)
-{
-    qCWarning(accessLogging).noquote() << "Connection refused:" << reason;
-}
 
 static std::optional<uid_t> userFrom(const QString &text, QString &why)
 {
@@ -53,9 +41,10 @@ std::variant<QSet<uid_t>, StartFailure> PeerUsers::resolve(const QStringList &al
     return users;
 }
 
-PeerUsers::PeerUsers(uid_t ownUser, QSet<uid_t> allowedUsers)
+PeerUsers::PeerUsers(uid_t ownUser, QSet<uid_t> allowedUsers, RefusalLog &log)
     : m_ownUser(ownUser)
     , m_allowedUsers(std::move(allowedUsers))
+    , m_log(log)
 {
 }
 
@@ -64,12 +53,22 @@ bool PeerUsers::admits(uid_t user) const
     return user == m_ownUser || user == root || m_allowedUsers.contains(user);
 }
 
-QString PeerUsers::describe(uid_t user)
+QString PeerUsers::reason(uid_t user)
 {
     auto name = m_names.find(user);
     if (name == m_names.end())
         name = m_names.insert(user, nameOfUser(user));
-    return name->isEmpty() ? QString::number(user) : QStringLiteral("%1 (%2)").arg(user).arg(*name);
+    const QString shown =
+        name->isEmpty() ? QString::number(user) : QStringLiteral("%1 (%2)").arg(QString::number(user), *name);
+    return QStringLiteral("it is of user %1, whom http.allowedUsers does not name").arg(shown);
+}
+
+static QString reason(NoPeer noPeer)
+{
+    if (noPeer == NoPeer::HasClosed)
+        return QStringLiteral("its client has closed it, so that nobody can tell whose it was");
+    return QStringLiteral("the system does not tell whose it is; http.sameUser=off serves all users of this "
+                          "machine");
 }
 
 QString PeerUsers::refusal(int socket)
@@ -79,14 +78,6 @@ QString PeerUsers::refusal(int socket)
     const auto *noPeer = std::get_if<NoPeer>(&peer);
     if (user != nullptr ? admits(*user) : *noPeer == NoPeer::OffLoopback)
         return {};
-    if (user != nullptr) {
-        logRefusal(
-            QStringLiteral("it is of user %1, whom http.allowedUsers does not name").arg(describe(*user)));
-    } else if (*noPeer == NoPeer::HasClosed) {
-        logRefusal(QStringLiteral("its client has closed it, so that nobody can tell whose it was"));
-    } else {
-        logRefusal(QStringLiteral("the system does not tell whose it is; http.sameUser=off serves all users "
-                                  "of this machine"));
-    }
+    m_log.add(QStringLiteral("Connection refused: ") + (user != nullptr ? reason(*user) : ::reason(*noPeer)));
     return QStringLiteral("This host serves its own user only.");
 }

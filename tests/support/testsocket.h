@@ -113,11 +113,15 @@ public:
         return TestSocket(::accept4(m_descriptor, nullptr, nullptr, SOCK_CLOEXEC));
     }
 
-    /// Waits until the other end closes.
-    void awaitEnd() const
+    /// Waits until the other end closes, and gives what has come till then.
+    QByteArray awaitEnd() const
     {
-        char ignored = 0;
-        while (::recv(m_descriptor, &ignored, 1, 0) > 0) { }
+        QByteArray received;
+        char buffer[4096];
+        ssize_t size = 0;
+        while ((size = ::recv(m_descriptor, buffer, sizeof buffer, 0)) > 0)
+            received.append(buffer, static_cast<int>(size));
+        return received;
     }
 
     [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }

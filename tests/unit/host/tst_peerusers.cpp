@@ -4,6 +4,7 @@
 #include "testsocket.h"
 
 #include <peerusers.h>
+#include <refusallog.h>
 
 #include <QtTest>
 
@@ -29,7 +30,8 @@ private Q_SLOTS:
     void ownConnectionIsAdmitted()
     {
         const LogCapture log("ch.tessel.vexo-service.access");
-        PeerUsers users(geteuid(), {});
+        RefusalLog refusals;
+        PeerUsers users(geteuid(), {}, refusals);
         QCOMPARE(refusalOfOwnConnection(users), QString());
         QCOMPARE(log.lines().size(), 0);
     }
@@ -61,7 +63,8 @@ private Q_SLOTS:
             return QByteArray();
         });
         const LogCapture log("ch.tessel.vexo-service.access");
-        PeerUsers users(own, allowed);
+        RefusalLog refusals;
+        PeerUsers users(own, allowed, refusals);
         {
             const TestSocket accepted = listener.accept();
             QCOMPARE(users.refusal(accepted.get()), isAdmitted ? QString() : sentence);
@@ -86,7 +89,8 @@ private Q_SLOTS:
             return QByteArray();
         });
         const LogCapture log("ch.tessel.vexo-service.access");
-        PeerUsers users(nobody, {});
+        RefusalLog refusals;
+        PeerUsers users(nobody, {}, refusals);
         {
             const TestSocket accepted = listener.accept();
             // The second time the name, which is none, is known.
@@ -105,11 +109,12 @@ private Q_SLOTS:
     void clientThatHasClosedIsRefused()
     {
         const LogCapture log("ch.tessel.vexo-service.access");
+        RefusalLog refusals;
         const TestSocket listener = TestSocket::listening("127.0.0.1");
         TestSocket client = TestSocket::connected("127.0.0.1", listener.port());
         QVERIFY(client.isOpen());
         client.close();
-        PeerUsers users(geteuid(), {});
+        PeerUsers users(geteuid(), {}, refusals);
         QCOMPARE(users.refusal(listener.accept().get()), sentence);
         QCOMPARE(log.lines(),
                  (QVector<LogCapture::Line>{
@@ -120,13 +125,14 @@ private Q_SLOTS:
     void silenceOfTheKernelRefusesAndNamesTheWayOut()
     {
         const LogCapture log("ch.tessel.vexo-service.access");
+        RefusalLog refusals;
         const TestSocket listener = TestSocket::listening("127.0.0.1");
         TestSocket client = TestSocket::connected("127.0.0.1", listener.port());
         QVERIFY(client.isOpen());
         const TestSocket accepted = listener.accept();
         {
             const NoDescriptors none;
-            PeerUsers users(geteuid(), {});
+            PeerUsers users(geteuid(), {}, refusals);
             QCOMPARE(users.refusal(accepted.get()), sentence);
         }
         QCOMPARE(log.lines(), (QVector<LogCapture::Line>{
@@ -143,9 +149,28 @@ private Q_SLOTS:
         const TestSocket listener = TestSocket::listening(address);
         TestSocket client = TestSocket::connected(address, listener.port());
         QVERIFY(client.isOpen());
+        RefusalLog refusals;
         // Not even its own user would be admitted here.
-        PeerUsers users(somebody, {});
+        PeerUsers users(somebody, {}, refusals);
         QCOMPARE(users.refusal(listener.accept().get()), QString());
+    }
+
+    void manyRefusalsAreFewLines()
+    {
+        const LogCapture log("ch.tessel.vexo-service.access");
+        const TestSocket listener = TestSocket::listening("127.0.0.1");
+        TestSocket client = TestSocket::connected("127.0.0.1", listener.port());
+        QVERIFY(client.isOpen());
+        client.close();
+        const TestSocket accepted = listener.accept();
+        {
+            RefusalLog refusals;
+            PeerUsers users(geteuid(), {}, refusals);
+            for (int i = 0; i < 1000; ++i)
+                QCOMPARE(users.refusal(accepted.get()), sentence);
+        }
+        // And one that tells how many more there were.
+        QCOMPARE(log.lines().size(), RefusalLog::linesPerPeriod + 1);
     }
 
     void listIsResolved_data()
