@@ -28,8 +28,14 @@ public:
 
     /// Resident memory in bytes.
     [[nodiscard]] qint64 residentBytes() const { return memory("VmRSS:"); }
-    /// The most that was resident since the start.
+    /// The most that was resident since the start, or since forgetPeak().
     [[nodiscard]] qint64 peakBytes() const { return memory("VmHWM:"); }
+    /// False if that is not allowed.
+    [[nodiscard]] bool forgetPeak() const
+    {
+        QFile file(path("clear_refs"));
+        return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write("5") == 1;
+    }
 
     /// Processor time used so far, in the kernel and outside.
     [[nodiscard]] std::chrono::milliseconds processorTime() const
