@@ -97,6 +97,11 @@ public:
     void startTimer(std::chrono::milliseconds period) override { timer = period; }
     void stopTimer() override { timer.reset(); }
     void close() override { closed = true; }
+    http::server::Screening screen(http::server::Request::HttpMethod method,
+                                   const http::server::HeaderFields &headers) override
+    {
+        return screening ? screening(method, headers) : http::server::Screening();
+    }
     void requestReceived(const QSharedPointer<http::server::Request> &request,
                          const QSharedPointer<http::server::Response> &response) override
     {
@@ -115,6 +120,9 @@ public:
 
     const http::server::Limits limits;
     Handler handler;
+    std::function<http::server::Screening(http::server::Request::HttpMethod,
+                                          const http::server::HeaderFields &)>
+        screening; ///< null: nobody is turned away
     QByteArray output;
     QByteArray held;
     QVector<Event> events;

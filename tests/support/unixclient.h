@@ -12,7 +12,9 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-/// A client of a unix stream socket that speaks in lines. Only what says so waits, up to 30 seconds.
+#include <utility>
+
+/// A client of a unix stream socket. Only what says so waits, up to 30 seconds.
 class UnixClient final
 {
 public:
@@ -49,6 +51,13 @@ public:
             sent += size;
         }
         return true;
+    }
+
+    /// The bytes that have come so far and were not read yet, without waiting.
+    [[nodiscard]] QByteArray readSome()
+    {
+        while (receive(0)) { }
+        return std::exchange(m_received, {});
     }
 
     /// The lines that have come so far and were not read yet, without waiting.

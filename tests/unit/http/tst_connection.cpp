@@ -801,7 +801,7 @@ private Q_SLOTS:
     void refusedConnectionsAreTold()
     {
         ConnectionDriver driver(echo);
-        driver.connection.refuse(503, "There are too many connections.");
+        driver.connection.refuse(503, QStringLiteral("There are too many connections."));
         QCOMPARE(answersIn(driver.output).constFirst().first, 503);
         driver.feed(getRequest);
         QCOMPARE(answersIn(driver.output).size(), 1);

@@ -1,4 +1,10 @@
+#include "logcapture.h"
+#include "unixclient.h"
+
+#include <http/server/answer.h>
 #include <http/server/connection.h>
+#include <http/server/guard.h>
+#include <http/server/listener.h>
 #include <http/server/request.h>
 #include <http/server/response.h>
 #include <http/server/server.h>
@@ -29,6 +35,18 @@ public:
     void requestReceived(const RequestPointer &request, const ResponsePointer &response) override
     {
         function(request, response);
+    }
+};
+
+class FunctionGuard final : public Guard
+{
+public:
+    std::function<QString(int)> refusalOf;
+    std::function<Screening(Request::HttpMethod, const HeaderFields &)> screening;
+    QString refusal(int socket) override { return refusalOf ? refusalOf(socket) : QString(); }
+    Screening screen(Request::HttpMethod method, const HeaderFields &headers) override
+    {
+        return screening ? screening(method, headers) : Screening();
     }
 };
 
@@ -74,8 +92,7 @@ public:
     }
     ~AllDescriptorsTaken()
     {
-        for (const int spare : m_spare)
-            ::close(spare);
+        freeSpare();
         ::close(m_socket);
         ::setrlimit(RLIMIT_NOFILE, &m_limit);
     }
@@ -89,16 +106,53 @@ public:
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         return ::connect(m_socket, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
     }
-    [[nodiscard]] bool isClosedByServer() const
+    void send(const QByteArray &bytes) const
     {
-        char byte = 0;
-        return ::recv(m_socket, &byte, 1, MSG_DONTWAIT) == 0;
+        if (::send(m_socket, bytes.constData(), static_cast<std::size_t>(bytes.size()), 0) != bytes.size())
+            qFatal("Nothing can be sent.");
+    }
+    /// All that has come so far.
+    [[nodiscard]] QByteArray received() const
+    {
+        QByteArray bytes(4096, '\0');
+        bytes.resize(static_cast<int>(
+            ::recv(m_socket, bytes.data(), static_cast<std::size_t>(bytes.size()), MSG_DONTWAIT | MSG_PEEK)));
+        return bytes;
+    }
+    void freeSpare()
+    {
+        for (const int spare : std::exchange(m_spare, {}))
+            ::close(spare);
     }
 
 private:
     rlimit m_limit{};
     int m_socket = -1;
     std::vector<int> m_spare;
+};
+
+/// A unix stream socket that listens.
+class UnixListener final
+{
+public:
+    explicit UnixListener(const QString &path)
+        : m_socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0))
+    {
+        const QByteArray name = QFile::encodeName(path);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, name.constData(), sizeof address.sun_path);
+        if (::bind(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0
+            || ::listen(m_socket, 5) != 0)
+            qFatal("No unix socket.");
+    }
+    ~UnixListener() { ::close(m_socket); }
+    Q_DISABLE_COPY_MOVE(UnixListener)
+
+    [[nodiscard]] int descriptor() const { return m_socket; }
+
+private:
+    int m_socket;
 };
 
 } // namespace
@@ -110,9 +164,9 @@ class ServerTest : public QObject
     FunctionHandler handler;
     std::unique_ptr<Server> server;
 
-    void serve(const Limits &limits = {})
+    void serve(const Limits &limits = {}, Guard *guard = nullptr)
     {
-        server = std::make_unique<Server>(limits, handler);
+        server = std::make_unique<Server>(limits, handler, guard);
         QCOMPARE(server->listen(QStringLiteral("127.0.0.1"), 0), QString());
         QVERIFY(server->port() != 0);
     }
@@ -173,9 +227,124 @@ private Q_SLOTS:
         QTcpServer other;
         QVERIFY(other.listen(QHostAddress::LocalHost));
         serve();
+        const quint16 port = server->port();
         QCOMPARE(server->listen(address, other.serverPort()), why);
-        QCOMPARE(server->port(), quint16(0));
-        QCOMPARE(server->listen(QStringLiteral("127.0.0.1"), 0), QString());
+        QCOMPARE(server->port(), port);
+        const auto socket = client(port, get("/still"));
+        QByteArray answer;
+        QTRY_VERIFY((answer += socket->readAll()).endsWith("/still"));
+    }
+
+    void servesOnSeveralAddresses()
+    {
+        serve();
+        const quint16 first = server->port();
+        QCOMPARE(server->listen(QStringLiteral("127.0.0.2"), first), QString());
+        QCOMPARE(server->port(), first);
+        for (const char *address : {"127.0.0.1", "127.0.0.2"}) {
+            QTcpSocket socket;
+            socket.connectToHost(QHostAddress(QLatin1String(address)), first);
+            QVERIFY(socket.waitForConnected());
+            socket.write(get("/there"));
+            QByteArray answer;
+            QTRY_VERIFY((answer += socket.readAll()).endsWith("/there"));
+        }
+    }
+
+    void servesOnAUnixSocket()
+    {
+        const QTemporaryDir directory;
+        const QString path = directory.filePath(QStringLiteral("socket"));
+        server = std::make_unique<Server>(Limits(), handler);
+        {
+            const UnixListener listener(path);
+            QCOMPARE(server->listen(listener.descriptor()), QString());
+            QCOMPARE(server->port(), quint16(0));
+        }
+        UnixClient there(path);
+        QVERIFY(there.isConnected());
+        QVERIFY(there.send(get("/unix")));
+        QByteArray answer;
+        QTRY_VERIFY((answer += there.readSome()).endsWith("/unix"));
+        server->stopListening();
+        QVERIFY(!UnixClient(path).isConnected());
+    }
+
+    void aSocketThatIsNoneIsNotServed()
+    {
+        server = std::make_unique<Server>(Limits(), handler);
+        QCOMPARE(server->listen(-1), QStringLiteral("bad file descriptor"));
+    }
+
+    void theGuardIsAskedOnceAConnection()
+    {
+        FunctionGuard guard;
+        int asked = 0;
+        guard.refusalOf = [&](int socket) {
+            sockaddr_in peer{};
+            socklen_t size = sizeof peer;
+            if (::getpeername(socket, reinterpret_cast<sockaddr *>(&peer), &size) != 0)
+                qFatal("The guard gets no connected socket.");
+            ++asked;
+            return QString();
+        };
+        serve({}, &guard);
+        const auto socket = client(server->port(), get("/a") + get("/b"));
+        QByteArray answer;
+        QTRY_VERIFY((answer += socket->readAll()).endsWith("/b"));
+        QCOMPARE(asked, 1);
+    }
+
+    void whomTheGuardRefusesIsToldAndClosed()
+    {
+        FunctionGuard guard;
+        guard.refusalOf = [](int) { return QStringLiteral("Not you."); };
+        handler.function = [](const auto &, const auto &) { qFatal("A refused client is served."); };
+        serve({}, &guard);
+        const auto socket = client(server->port(), get("/a"));
+        QTRY_COMPARE(socket->state(), QAbstractSocket::UnconnectedState);
+        const QByteArray answer = socket->readAll();
+        QVERIFY(answer.startsWith("HTTP/1.1 403 Forbidden\r\n"));
+        QVERIFY(answer.contains("\r\nContent-Type: application/problem+json\r\n"));
+        QVERIFY(answer.contains("Not you."));
+        QCOMPARE(answer.count("HTTP/1.1"), 1);
+    }
+
+    void refusedConnectionsTakeNobodysPlace()
+    {
+        FunctionGuard guard;
+        bool refuses = true;
+        guard.refusalOf = [&](int) { return refuses ? QStringLiteral("Not you.") : QString(); };
+        Limits limits;
+        limits.maxConnections = 1;
+        serve(limits, &guard);
+        std::vector<std::unique_ptr<QTcpSocket>> strangers;
+        for (int i = 0; i < 100; ++i)
+            strangers.push_back(client(server->port(), {}));
+        // The last of them is past those that are told, and is closed without a word.
+        QTRY_COMPARE(strangers.back()->state(), QAbstractSocket::UnconnectedState);
+        QCOMPARE(server->connectionCount(), 0);
+        refuses = false;
+        const auto socket = client(server->port(), get("/own"));
+        QByteArray answer;
+        QTRY_VERIFY((answer += socket->readAll()).endsWith("/own"));
+    }
+
+    void theGuardScreensRequests()
+    {
+        FunctionGuard guard;
+        guard.screening = [](Request::HttpMethod method, const HeaderFields &) {
+            Screening screening;
+            if (method == Request::HttpMethod::Put)
+                screening.answer = problem(421);
+            return screening;
+        };
+        serve({}, &guard);
+        const auto socket = client(
+            server->port(), get("/a") + "PUT / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 9\r\n\r\n");
+        QByteArray answer;
+        QTRY_VERIFY((answer += socket->readAll()).contains("HTTP/1.1 421 "));
+        QCOMPARE(answer.count("HTTP/1.1 200 "), 1);
     }
 
     void departuresAreNoticedAtOnce_data()
@@ -333,23 +502,33 @@ private Q_SLOTS:
         QTRY_COMPARE(server->connectionCount(), 0);
     }
 
-    void runningOutOfDescriptorsIsSurvived()
+    void acceptingPausesWithoutDescriptorsAndResumes()
     {
+        const LogCapture log("ch.tessel.http.server");
         serve();
         const auto kept = client(server->port(), get("/a"));
         QByteArray answer;
         QTRY_VERIFY((answer += kept->readAll()).endsWith("/a"));
-        {
-            AllDescriptorsTaken taken;
-            QVERIFY(taken.connectTo(server->port()));
-            // A connection that cannot be accepted is closed, or it would wake the server for ever.
-            QTRY_VERIFY(taken.isClosedByServer());
+
+        AllDescriptorsTaken taken;
+        QVERIFY(taken.connectTo(server->port()));
+        taken.send(get("/waited"));
+        // Twice the time of a pause, in which the others are served.
+        QElapsedTimer time;
+        time.start();
+        while (time.elapsed() < 2 * Listener::pauseTime.count()) {
+            answer.clear();
             kept->write(get("/b"));
             QTRY_VERIFY((answer += kept->readAll()).endsWith("/b"));
         }
-        const auto later = client(server->port(), get("/c"));
-        answer.clear();
-        QTRY_VERIFY((answer += later->readAll()).endsWith("/c"));
+        QCOMPARE(server->connectionCount(), 1);
+        QCOMPARE(log.lines().size(), 1);
+        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("Accepting pauses: too many open files")));
+
+        taken.freeSpare();
+        QTRY_VERIFY(taken.received().endsWith("/waited"));
+        QCOMPARE(log.lines().size(), 2);
+        QVERIFY(log.contains(QtInfoMsg, QStringLiteral("Accepting resumes.")));
     }
 
     void aDepartureIsNoticedWithoutADescriptorToWatchItBy()

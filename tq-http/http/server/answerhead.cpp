@@ -35,7 +35,17 @@ bool isBodiless(int status)
     return status == 204 || status == 205 || status == 304;
 }
 
-QByteArray answerHead(const Answer &answer, bool keepsAlive)
+static void append(QByteArray &head, const HeaderFields &fields)
+{
+    for (int i = 0; i < fields.size(); ++i) {
+        head += "\r\n";
+        head += fields.nameAt(i);
+        head += ": ";
+        head += fields.valueAt(i);
+    }
+}
+
+QByteArray answerHead(const Answer &answer, const HeaderFields &more, bool keepsAlive)
 {
     QByteArray head;
     head.reserve(256);
@@ -43,12 +53,8 @@ QByteArray answerHead(const Answer &answer, bool keepsAlive)
     head += QByteArray::number(answer.status);
     head += ' ';
     head += reasonPhrase(answer.status);
-    for (int i = 0; i < answer.headers.size(); ++i) {
-        head += "\r\n";
-        head += answer.headers.nameAt(i);
-        head += ": ";
-        head += answer.headers.valueAt(i);
-    }
+    append(head, answer.headers);
+    append(head, more);
     // Without a length a 205 would be read until the connection closes; the other two need none.
     if (answer.status == 205) {
         head += "\r\nContent-Length: 0";

@@ -3,7 +3,6 @@
 #include "answerhead.h"
 #include "limits.h"
 #include "request.h"
-#include "requesttarget.h"
 
 #include <QLoggingCategory>
 
@@ -20,8 +19,7 @@ static const QLoggingCategory &connectionLogging()
 Connection::Connection(const Limits &limits, ConnectionDelegate &delegate)
     : m_limits(limits)
     , m_delegate(delegate)
-    , m_gate(limits)
-    , m_parser(limits.maxBodyBytes, limits.maxHeaderBytes)
+    , m_reader(limits)
 {
 }
 
@@ -36,12 +34,12 @@ void Connection::start()
     startTimer(Timer::Idle);
 }
 
-void Connection::refuse(int status, const char *reason)
+void Connection::refuse(int status, const QString &reason)
 {
-    qCInfo(connectionLogging) << "Refused a request with" << status << reason;
+    qCInfo(connectionLogging) << "Refused a request with" << status << qUtf8Printable(reason);
     m_keepsAlive = false;
     m_isHead = false;
-    send(problem(status, QString::fromLatin1(reason)));
+    send(problem(status, reason));
 }
 
 void Connection::abort()
@@ -53,13 +51,13 @@ void Connection::abort()
 
 void Connection::received(std::string_view bytes)
 {
-    if (waitingBytes() > 0) {
-        m_waiting.append(bytes.data(), static_cast<int>(bytes.size()));
+    if (m_waiting.size() > 0) {
+        m_waiting.append(bytes);
         consumeWaiting();
     } else {
         bytes.remove_prefix(consume(bytes));
         if (!isOver())
-            m_waiting.append(bytes.data(), static_cast<int>(bytes.size()));
+            m_waiting.append(bytes);
     }
     settle();
 }
@@ -100,8 +98,8 @@ void Connection::flushed()
 void Connection::timedOut()
 {
     switch (std::exchange(m_timer, Timer::None)) {
-    case Timer::Header: return refuse(408, "The headers took too long.");
-    case Timer::Body: return refuse(408, "The body made no progress.");
+    case Timer::Header: return refuse(408, QStringLiteral("The headers took too long."));
+    case Timer::Body: return refuse(408, QStringLiteral("The body made no progress."));
     case Timer::Flush:
         if (m_delegate.queuedBytes() < m_queuedBytes)
             return startTimer(Timer::Flush);
@@ -124,11 +122,6 @@ void Connection::abandoned()
     close();
 }
 
-bool Connection::takesInput() const
-{
-    return m_phase == Phase::Head || m_phase == Phase::Body || m_phase == Phase::Trailers;
-}
-
 bool Connection::isOver() const
 {
     return m_phase == Phase::Lingering || m_phase == Phase::Closed;
@@ -137,80 +130,53 @@ bool Connection::isOver() const
 std::size_t Connection::consume(std::string_view bytes)
 {
     std::size_t consumed = 0;
-    while (takesInput() && consumed < bytes.size()) {
-        const auto rest = bytes.substr(consumed);
-        const auto taken = m_phase == Phase::Body ? consumeBody(rest) : consumeSection(rest);
-        if (taken == 0)
-            break;
+    m_consuming = true;
+    for (bool goesOn = true; goesOn && m_phase == Phase::Reading;) {
+        std::size_t taken = 0;
+        const auto outcome = m_reader.read(bytes.substr(consumed), &taken);
         consumed += taken;
+        switch (outcome) {
+        case RequestReader::Outcome::Incomplete: goesOn = false; break;
+        case RequestReader::Outcome::HeadRead: screen(); break;
+        case RequestReader::Outcome::Complete: startExchange(); break;
+        case RequestReader::Outcome::Refused:
+            refuse(m_reader.status(), QString::fromLatin1(m_reader.reason()));
+            break;
+        }
     }
-    return consumed;
-}
-
-std::size_t Connection::consumeSection(std::string_view bytes)
-{
-    switch (m_gate.scan(bytes)) {
-    case HeaderGate::Verdict::Incomplete: return 0;
-    case HeaderGate::Verdict::Refused: refuse(m_gate.status(), m_gate.reason()); return 0;
-    case HeaderGate::Verdict::Complete: break;
-    }
-    if (m_phase == Phase::Head)
-        m_parser.headers.reserve(static_cast<int>(m_gate.length()));
-    // Of trailers the parser sees the empty line alone: to it, some of the fields that they may hold are
-    // framing.
-    const auto section =
-        m_phase == Phase::Trailers ? std::string_view("\r\n") : bytes.substr(0, m_gate.length());
-    std::size_t consumed = 0;
-    const auto step = m_parser.feed(section, &consumed);
-    // Whatever the parser makes of a section, it ends where the gate says or it is refused.
-    follow(consumed == section.size() ? step : RequestParser::Step::Malformed);
-    return m_gate.length();
-}
-
-std::size_t Connection::consumeBody(std::string_view bytes)
-{
-    std::size_t consumed = 0;
-    follow(m_parser.feed(bytes, &consumed));
+    m_consuming = false;
     return consumed;
 }
 
 void Connection::consumeWaiting()
 {
-    const std::string_view waiting(m_waiting.constData(), static_cast<std::size_t>(m_waiting.size()));
-    m_waitingBegin += static_cast<int>(consume(waiting.substr(static_cast<std::size_t>(m_waitingBegin))));
-    if (waitingBytes() == 0 || isOver()) {
+    m_waiting.drop(consume(m_waiting.bytes()));
+    if (isOver())
         m_waiting.clear();
-        m_waitingBegin = 0;
-    } else if (m_waitingBegin > maxWaitingBytes / 2) {
-        m_waiting.remove(0, m_waitingBegin);
-        m_waitingBegin = 0;
-    }
 }
 
-void Connection::follow(RequestParser::Step step)
+void Connection::screen()
 {
-    switch (step) {
-    case RequestParser::Step::NeedsMore:
-        if (std::exchange(m_phase, Phase::Body) == Phase::Head)
-            expectBody();
-        return;
-    case RequestParser::Step::AtTrailers:
-        m_phase = Phase::Trailers;
-        m_gate.begin(HeaderGate::Section::Trailers);
-        return;
-    case RequestParser::Step::Complete: return startExchange();
-    case RequestParser::Step::Malformed: return refuse(400, "The request is malformed.");
-    case RequestParser::Step::BodyTooLarge: return refuse(413, "The body is too large.");
-    }
+    Screening screening = m_delegate.screen(m_reader.method(), m_reader.headers());
+    m_answerFields = std::move(screening.fields);
+    if (!screening.answer)
+        return expectBody();
+    // A body that nobody wants is not waited for.
+    m_keepsAlive = m_reader.endsWithHead() && m_reader.keepsAlive();
+    m_isHead = m_reader.method() == Request::HttpMethod::Head;
+    m_reader.drop();
+    send(*screening.answer);
 }
 
 void Connection::expectBody()
 {
-    const QByteArray expectation = m_parser.headers.joined("Expect");
-    if (expectation.isNull() || !m_parser.isHttp11())
+    if (!m_reader.expectsBody() || !m_reader.isHttp11())
+        return;
+    const QByteArray expectation = m_reader.headers().joined("Expect");
+    if (expectation.isNull())
         return;
     if (qstricmp(expectation.constData(), "100-continue") != 0)
-        return refuse(417, "Only the expectation \"100-continue\" is met.");
+        return refuse(417, QStringLiteral("Only the expectation \"100-continue\" is met."));
     if (m_delegate.write(QByteArrayLiteral("HTTP/1.1 100 Continue\r\n\r\n"), {})
         == ConnectionDelegate::Written::Failed)
         lost();
@@ -218,16 +184,12 @@ void Connection::expectBody()
 
 void Connection::startExchange()
 {
-    const auto method = static_cast<Request::HttpMethod>(m_parser.method());
-    auto url = relativeUrl(m_parser.target, method == Request::HttpMethod::Connect);
-    if (!url)
-        return refuse(400, "The request target is malformed.");
+    m_keepsAlive = m_reader.keepsAlive();
+    m_isHead = m_reader.method() == Request::HttpMethod::Head;
+    const auto request = m_reader.takeRequest();
+    if (!request)
+        return refuse(400, QStringLiteral("The request target is malformed."));
     m_phase = Phase::Exchange;
-    m_keepsAlive = m_parser.keepsAlive();
-    m_isHead = method == Request::HttpMethod::Head;
-    const auto request = QSharedPointer<Request>::create(method, *std::move(url), std::move(m_parser.headers),
-                                                         std::move(m_parser.body));
-    m_parser.reset();
     m_response = QSharedPointer<Response>::create(static_cast<AnswerSink *>(this));
     m_delegate.requestReceived(request, m_response);
     if (m_inputEnded || m_hungUp)
@@ -238,7 +200,8 @@ void Connection::send(const Answer &answer)
 {
     m_phase = Phase::Flushing;
     const bool hasBody = !m_isHead && !isBodiless(answer.status);
-    const QByteArray head = answerHead(answer, m_keepsAlive);
+    const QByteArray head = answerHead(answer, m_answerFields, m_keepsAlive);
+    m_answerFields = {};
     switch (m_delegate.write(head, hasBody ? answer.body : QByteArray())) {
     case ConnectionDelegate::Written::Sent: return readNext();
     case ConnectionDelegate::Written::Queued: startTimer(Timer::Flush); return settle();
@@ -250,12 +213,12 @@ void Connection::readNext()
 {
     if (!m_keepsAlive)
         return linger();
-    m_phase = Phase::Head;
-    m_gate.begin(HeaderGate::Section::Head);
+    m_phase = Phase::Reading;
     startTimer(Timer::Idle);
-    if (waitingBytes() > 0)
+    // What has answered from inside of consume() goes on there.
+    if (m_waiting.size() > 0 && !m_consuming)
         consumeWaiting();
-    if (m_inputEnded && takesInput())
+    if (m_inputEnded && m_phase == Phase::Reading)
         return close();
     settle();
 }
@@ -282,18 +245,20 @@ void Connection::close()
 void Connection::settle()
 {
     switch (m_phase) {
-    case Phase::Head:
-        if (waitingBytes() > 0 && m_timer != Timer::Header)
+    case Phase::Reading:
+        if (m_reader.part() != RequestReader::Part::Head) {
+            startTimer(Timer::Body);
+        } else if (m_waiting.size() > 0 && m_timer != Timer::Header) {
             startTimer(Timer::Header);
+        }
         break;
-    case Phase::Body:
-    case Phase::Trailers: startTimer(Timer::Body); break;
     case Phase::Exchange: stopTimer(); break;
     case Phase::Flushing:
     case Phase::Lingering: break;
     case Phase::Closed: return;
     }
-    const bool reads = takesInput() || m_phase == Phase::Lingering || waitingBytes() <= maxWaitingBytes;
+    const bool reads =
+        m_phase == Phase::Reading || m_phase == Phase::Lingering || m_waiting.size() <= maxWaitingBytes;
     if (std::exchange(m_reading, reads) != reads)
         m_delegate.setReading(reads);
 }

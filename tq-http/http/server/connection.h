@@ -1,9 +1,10 @@
 #pragma once
 
 #include "export.h"
-#include "headergate.h"
-#include "requestparser.h"
+#include "guard.h"
+#include "requestreader.h"
 #include "response.h"
+#include "waitinginput.h"
 
 #include <QSharedPointer>
 
@@ -13,7 +14,6 @@
 namespace http::server {
 
 struct Limits;
-class Request;
 
 /// What carries a connection's bytes and serves its requests: a socket, or a test.
 class TQ_HTTP_EXPORT ConnectionDelegate
@@ -38,6 +38,8 @@ public:
     /// The connection is over. It is destroyed later, not from inside this call.
     virtual void close() = 0;
 
+    /// The head of a request has come. Its body is not read before this call has returned.
+    [[nodiscard]] virtual Screening screen(Request::HttpMethod method, const HeaderFields &headers) = 0;
     /// A request is complete. The order of these two calls is kept until they reach the application.
     virtual void requestReceived(const QSharedPointer<Request> &request,
                                  const QSharedPointer<Response> &response) = 0;
@@ -71,7 +73,7 @@ public:
     /// The client may speak now.
     void start();
     /// Answers with a problem instead of reading anything, and closes.
-    void refuse(int status, const char *reason);
+    void refuse(int status, const QString &reason);
 
     /// Closes without a word; an exchange that is open ends silently.
     void abort();
@@ -88,19 +90,16 @@ public:
     void timedOut();
 
 private:
-    enum class Phase { Head, Body, Trailers, Exchange, Flushing, Lingering, Closed };
+    enum class Phase { Reading, Exchange, Flushing, Lingering, Closed };
     enum class Timer { None, Idle, Header, Body, Flush, Linger };
 
     void answer(Answer &&answer) override;
     void abandoned() override;
 
-    [[nodiscard]] bool takesInput() const;
     [[nodiscard]] bool isOver() const;
     [[nodiscard]] std::size_t consume(std::string_view bytes);
-    [[nodiscard]] std::size_t consumeSection(std::string_view bytes);
-    [[nodiscard]] std::size_t consumeBody(std::string_view bytes);
     void consumeWaiting();
-    void follow(RequestParser::Step step);
+    void screen();
     void expectBody();
     void startExchange();
     void send(const Answer &answer);
@@ -110,16 +109,15 @@ private:
     void settle();
     void startTimer(Timer timer);
     void stopTimer();
-    [[nodiscard]] int waitingBytes() const { return m_waiting.size() - m_waitingBegin; }
 
     const Limits &m_limits;
     ConnectionDelegate &m_delegate;
-    HeaderGate m_gate;
-    RequestParser m_parser;
+    RequestReader m_reader;
     QSharedPointer<Response> m_response;
-    QByteArray m_waiting; ///< input that could not be consumed yet
-    int m_waitingBegin = 0;
-    Phase m_phase = Phase::Head;
+    WaitingInput m_waiting; ///< what could not be consumed yet
+    HeaderFields m_answerFields; ///< the guard's, for the answer to the present request
+    Phase m_phase = Phase::Reading;
+    bool m_consuming = false;
     bool m_keepsAlive = true;
     bool m_isHead = false;
     bool m_inputEnded = false;

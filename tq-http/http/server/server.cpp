@@ -2,36 +2,40 @@
 
 #include "answer.h"
 #include "eventloopbridge.h"
+#include "guard.h"
+#include "listener.h"
+#include "listeningsocket.h"
 #include "request.h"
 #include "response.h"
 #include "transport.h"
 
 #include <QAbstractEventDispatcher>
-#include <QLoggingCategory>
+
+#include <fcntl.h>
+#include <uv.h>
 
 #include <array>
+#include <cerrno>
 #include <deque>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace http::server {
-
-static const QLoggingCategory &serverLogging()
-{
-    static const QLoggingCategory category("ch.tessel.http.server");
-    return category;
-}
 
 class Server::Private final : public TransportOwner
 {
 public:
-    Private(const Limits &limits, RequestHandler &handler);
+    Private(const Limits &limits, RequestHandler &handler, Guard *guard);
     ~Private();
     Q_DISABLE_COPY_MOVE(Private)
 
-    [[nodiscard]] QString listen(const QString &address, quint16 port);
-    [[nodiscard]] quint16 port() const;
-    void stopListening();
+    void addListener(int socket);
+    void stopListening() { m_listeners.clear(); }
+    [[nodiscard]] quint16 port() const
+    {
+        return m_listeners.empty() ? quint16(0) : m_listeners.front()->port();
+    }
     [[nodiscard]] int connectionCount() const { return static_cast<int>(m_transports.size()) - m_refused; }
 
 private:
@@ -45,32 +49,34 @@ private:
     [[nodiscard]] uv_buf_t readBuffer() override;
     void enqueue(const QSharedPointer<Request> &request, const QSharedPointer<Response> &response) override;
     void enqueueDeparture(const QSharedPointer<Response> &response) override;
+    [[nodiscard]] Screening screen(Request::HttpMethod method, const HeaderFields &headers) override;
     void closed(Transport *transport) override;
 
-    static void onConnection(uv_stream_t *listener, int status);
-    void accept();
+    void accept(int socket);
+    void refuse(Transport &transport, int status, const QString &reason);
     void deliver();
     void kickIfWaiting();
 
     const Limits m_limits;
     RequestHandler &m_handler;
+    Guard *const m_guard;
     EventLoopBridge m_bridge;
-    uv_tcp_t *m_listener = nullptr; ///< frees itself once closed
+    std::vector<std::unique_ptr<Listener>> m_listeners;
     std::unordered_map<Transport *, std::unique_ptr<Transport>> m_transports;
-    int m_refused = 0; ///< those among the transports that are only told that there are too many
+    int m_refused = 0; ///< those among the transports that are only told why they are not served
     std::deque<Event> m_events;
     std::array<char, 65536> m_readBuffer{};
 };
 
 /// Requests and departures handled in one turn, before I/O is looked at again.
 static constexpr int eventsPerTurn = 64;
-/// Connections beyond the cap that are told so at one time; any more are closed without a word.
+/// Connections that are not served and told so at one time; any more are closed without a word.
 static constexpr int refusalsAtOnce = 64;
-static constexpr int backlog = 4096;
 
-Server::Private::Private(const Limits &limits, RequestHandler &handler)
+Server::Private::Private(const Limits &limits, RequestHandler &handler, Guard *guard)
     : m_limits(limits)
     , m_handler(handler)
+    , m_guard(guard)
     , m_bridge([this] { deliver(); })
 {
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, &m_bridge,
@@ -85,47 +91,10 @@ Server::Private::~Private()
     uv_run(m_bridge.loop(), UV_RUN_DEFAULT);
 }
 
-QString Server::Private::listen(const QString &address, quint16 port)
+void Server::Private::addListener(int socket)
 {
-    stopListening();
-    sockaddr_storage storage{};
-    const QByteArray text = address.toUtf8();
-    if (uv_ip4_addr(text.constData(), port, reinterpret_cast<sockaddr_in *>(&storage)) != 0
-        && uv_ip6_addr(text.constData(), port, reinterpret_cast<sockaddr_in6 *>(&storage)) != 0)
-        return QStringLiteral("%1 is no numeric IP address").arg(address);
-
-    m_listener = new uv_tcp_t{};
-    uv_tcp_init(m_bridge.loop(), m_listener);
-    m_listener->data = this;
-    int error = uv_tcp_bind(m_listener, reinterpret_cast<const sockaddr *>(&storage), 0);
-    if (error == 0)
-        error = uv_listen(reinterpret_cast<uv_stream_t *>(m_listener), backlog, &Private::onConnection);
-    if (error != 0) {
-        stopListening();
-        return QString::fromUtf8(uv_strerror(error));
-    }
-    m_bridge.kick();
-    return {};
-}
-
-quint16 Server::Private::port() const
-{
-    if (!m_listener)
-        return 0;
-    sockaddr_storage storage{};
-    int size = sizeof storage;
-    uv_tcp_getsockname(m_listener, reinterpret_cast<sockaddr *>(&storage), &size);
-    // The port has the same place in both families' addresses.
-    return ntohs(reinterpret_cast<const sockaddr_in *>(&storage)->sin_port);
-}
-
-void Server::Private::stopListening()
-{
-    if (!m_listener)
-        return;
-    uv_close(reinterpret_cast<uv_handle_t *>(std::exchange(m_listener, nullptr)),
-             [](uv_handle_t *handle) { delete reinterpret_cast<uv_tcp_t *>(handle); });
-    m_bridge.kick();
+    m_listeners.push_back(
+        std::make_unique<Listener>(m_bridge, socket, [this](int connected) { accept(connected); }));
 }
 
 uv_buf_t Server::Private::readBuffer()
@@ -146,6 +115,11 @@ void Server::Private::enqueueDeparture(const QSharedPointer<Response> &response)
     m_bridge.kick();
 }
 
+Screening Server::Private::screen(Request::HttpMethod method, const HeaderFields &headers)
+{
+    return m_guard ? m_guard->screen(method, headers) : Screening();
+}
+
 void Server::Private::closed(Transport *transport)
 {
     if (transport->isRefused())
@@ -153,30 +127,27 @@ void Server::Private::closed(Transport *transport)
     m_transports.erase(transport);
 }
 
-void Server::Private::onConnection(uv_stream_t *listener, int status)
+void Server::Private::accept(int socket)
 {
-    if (status == 0) {
-        static_cast<Private *>(listener->data)->accept();
-    } else {
-        qCWarning(serverLogging) << "A connection could not be accepted:" << uv_strerror(status);
-    }
+    auto owned = std::make_unique<Transport>(m_bridge, m_limits, *this);
+    Transport &transport = *owned;
+    m_transports.emplace(&transport, std::move(owned));
+    if (!transport.open(socket))
+        return transport.connection().abort();
+    if (connectionCount() > m_limits.maxConnections)
+        return refuse(transport, 503, QStringLiteral("There are too many connections."));
+    const QString refusal = m_guard ? m_guard->refusal(socket) : QString();
+    if (!refusal.isEmpty())
+        return refuse(transport, 403, refusal);
+    transport.start();
 }
 
-void Server::Private::accept()
+void Server::Private::refuse(Transport &transport, int status, const QString &reason)
 {
-    const bool isFull = connectionCount() >= m_limits.maxConnections;
-    auto owned = std::make_unique<Transport>(m_bridge, m_limits, *this);
-    Transport *transport = owned.get();
-    m_transports.emplace(transport, std::move(owned));
-    if (!transport->accept(reinterpret_cast<uv_stream_t *>(m_listener))
-        || (isFull && m_refused >= refusalsAtOnce)) {
-        transport->connection().abort();
-    } else if (isFull) {
-        ++m_refused;
-        transport->refuse(503, "There are too many connections.");
-    } else {
-        transport->start();
-    }
+    if (m_refused >= refusalsAtOnce)
+        return transport.connection().abort();
+    ++m_refused;
+    transport.refuse(status, reason);
 }
 
 /// Requests and departures reach the application here, in order and never from inside of uv_run(). A handler
@@ -201,8 +172,8 @@ void Server::Private::kickIfWaiting()
         m_bridge.kick();
 }
 
-Server::Server(const Limits &limits, RequestHandler &handler)
-    : d(std::make_unique<Private>(limits, handler))
+Server::Server(const Limits &limits, RequestHandler &handler, Guard *guard)
+    : d(std::make_unique<Private>(limits, handler, guard))
 {
 }
 
@@ -210,7 +181,19 @@ Server::~Server() = default;
 
 QString Server::listen(const QString &address, quint16 port)
 {
-    return d->listen(address, port);
+    const ListeningSocket socket = listeningSocket(address, port);
+    if (socket.error.isEmpty())
+        d->addListener(socket.descriptor);
+    return socket.error;
+}
+
+QString Server::listen(int socket)
+{
+    const int duplicate = ::fcntl(socket, F_DUPFD_CLOEXEC, 0);
+    if (duplicate < 0)
+        return QString::fromUtf8(uv_strerror(uv_translate_sys_error(errno)));
+    d->addListener(duplicate);
+    return {};
 }
 
 quint16 Server::port() const

@@ -10,6 +10,7 @@
 
 namespace http::server {
 
+class Guard;
 class Request;
 class Response;
 
@@ -28,23 +29,28 @@ protected:
 };
 
 /**
- * An HTTP/1.1 server on one TCP address inside Qt's event loop. Everything runs on the thread that made it.
+ * An HTTP/1.1 server inside Qt's event loop, on as many addresses as wanted. Everything runs on the thread
+ * that made it.
  * The process is to ignore SIGPIPE: a client may go away while it is written to.
  */
 class TQ_HTTP_EXPORT Server final
 {
 public:
-    /// `handler` must outlive the server.
-    Server(const Limits &limits, RequestHandler &handler);
+    /// `handler` and `guard`, which admits everybody if it is null, must outlive the server.
+    Server(const Limits &limits, RequestHandler &handler, Guard *guard = nullptr);
     /// Closes everything that is open. Exchanges still open end silently: no handler, no onFinished().
     ~Server();
     Q_DISABLE_COPY_MOVE(Server)
 
-    /// Listens on a numeric IPv4 or IPv6 address, and nowhere else; port 0 takes any free port. Returns an
-    /// empty string, or why it failed, in which case the server does not listen.
+    /// Listens on a numeric IPv4 or IPv6 address too; port 0 takes any free port. Returns an empty string, or
+    /// why it failed, in which case nothing has changed.
     [[nodiscard]] QString listen(const QString &address, quint16 port);
 
-    /// The bound port; 0 before listen().
+    /// Listens on a stream socket too that listens already, such as one with a path in the file system. A
+    /// duplicate of it is used, the descriptor stays the caller's. Returns as the other one does.
+    [[nodiscard]] QString listen(int socket);
+
+    /// The bound port of the first address; 0 before listen().
     [[nodiscard]] quint16 port() const;
 
     /// Refuses new connections from here on; open ones go on.

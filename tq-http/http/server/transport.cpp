@@ -3,6 +3,8 @@
 #include "eventloopbridge.h"
 #include "hangupwatch.h"
 
+#include <unistd.h>
+
 #include <array>
 
 namespace http::server {
@@ -34,9 +36,12 @@ Transport::Transport(EventLoopBridge &bridge, const Limits &limits, TransportOwn
 
 Transport::~Transport() = default;
 
-bool Transport::accept(uv_stream_t *listener)
+bool Transport::open(int socket)
 {
-    return uv_accept(listener, stream()) == 0;
+    if (uv_tcp_open(&m_tcp, socket) == 0)
+        return true;
+    ::close(socket);
+    return false;
 }
 
 void Transport::start()
@@ -46,7 +51,7 @@ void Transport::start()
     m_connection.start();
 }
 
-void Transport::refuse(int status, const char *reason)
+void Transport::refuse(int status, const QString &reason)
 {
     m_isRefused = true;
     setReading(true);
@@ -128,6 +133,11 @@ void Transport::close()
     uv_close(reinterpret_cast<uv_handle_t *>(&m_tcp), &Transport::onClosed);
     uv_close(reinterpret_cast<uv_handle_t *>(&m_timer), &Transport::onClosed);
     m_bridge.kick();
+}
+
+Screening Transport::screen(Request::HttpMethod method, const HeaderFields &headers)
+{
+    return m_owner.screen(method, headers);
 }
 
 void Transport::requestReceived(const QSharedPointer<Request> &request,

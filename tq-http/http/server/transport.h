@@ -21,6 +21,7 @@ public:
     virtual void enqueue(const QSharedPointer<Request> &request,
                          const QSharedPointer<Response> &response) = 0;
     virtual void enqueueDeparture(const QSharedPointer<Response> &response) = 0;
+    [[nodiscard]] virtual Screening screen(Request::HttpMethod method, const HeaderFields &headers) = 0;
     /// The transport is closed and is to be destroyed.
     virtual void closed(Transport *transport) = 0;
 
@@ -29,7 +30,7 @@ protected:
 };
 
 /**
- * One TCP connection: moves bytes between the socket and its Connection. Writes go to the kernel at once as
+ * One connection: moves bytes between a stream socket and its Connection. Writes go to the kernel at once as
  * far as it takes them, the rest waits in libuv's queue. Lives until its handles are closed.
  */
 class Transport final : public ConnectionDelegate
@@ -41,12 +42,12 @@ public:
 
     [[nodiscard]] Connection &connection() { return m_connection; }
 
-    /// Takes over the connection that waits at `listener`; false if there is none.
-    [[nodiscard]] bool accept(uv_stream_t *listener);
+    /// Takes over a connected socket, whatever comes of it; false if libuv does not want it.
+    [[nodiscard]] bool open(int socket);
     /// Serves the client from now on.
     void start();
     /// Tells the client that it is not served, and closes.
-    void refuse(int status, const char *reason);
+    void refuse(int status, const QString &reason);
     [[nodiscard]] bool isRefused() const { return m_isRefused; }
 
     [[nodiscard]] Written write(const QByteArray &head, const QByteArray &body) override;
@@ -56,6 +57,7 @@ public:
     void startTimer(std::chrono::milliseconds period) override;
     void stopTimer() override;
     void close() override;
+    [[nodiscard]] Screening screen(Request::HttpMethod method, const HeaderFields &headers) override;
     void requestReceived(const QSharedPointer<Request> &request,
                          const QSharedPointer<Response> &response) override;
     void clientGone(const QSharedPointer<Response> &response) override;
@@ -79,7 +81,7 @@ private:
 
     EventLoopBridge &m_bridge;
     TransportOwner &m_owner;
-    uv_tcp_t m_tcp{};
+    uv_tcp_t m_tcp{}; ///< which takes any stream socket
     uv_timer_t m_timer{};
     Connection m_connection;
     std::unique_ptr<HangUpWatch> m_hangUpWatch;
