@@ -1,17 +1,10 @@
 #include "hostprocess.h"
+#include "processfigures.h"
 #include "rawclient.h"
 
 #include <QtTest>
 
-#include <sys/resource.h>
-
 #include <vector>
-
-#if defined(__SANITIZE_ADDRESS__)
-static constexpr bool isSanitized = true;
-#else
-static constexpr bool isSanitized = false;
-#endif
 
 namespace {
 
@@ -24,23 +17,6 @@ QByteArray put(const QByteArray &path, const QByteArray &body)
 {
     return "PUT " + path + " HTTP/1.1\r\nHost: localhost\r\nContent-Length: "
            + QByteArray::number(body.size()) + "\r\n\r\n" + body;
-}
-
-bool raiseFileLimit(rlim_t descriptors)
-{
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    limit.rlim_cur = limit.rlim_max;
-    return limit.rlim_max >= descriptors && setrlimit(RLIMIT_NOFILE, &limit) == 0;
-}
-
-/// Resident memory of a process in bytes.
-qint64 residentBytes(qint64 processId)
-{
-    QFile statm(QStringLiteral("/proc/%1/statm").arg(processId));
-    if (!statm.open(QIODevice::ReadOnly))
-        qFatal("The process has gone.");
-    return statm.readAll().split(' ').at(1).toLongLong() * sysconf(_SC_PAGESIZE);
 }
 
 } // namespace
@@ -61,7 +37,7 @@ class ManyClientsTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        const bool raised = raiseFileLimit(10500);
+        const bool raised = raiseDescriptorLimit(10500);
         QVERIFY2(host.start(), host.readLog().constData());
         if (!raised)
             qWarning("The file limit cannot be raised to 10500.");
@@ -70,7 +46,7 @@ private Q_SLOTS:
     void oneChangeAnswersTenThousandPolls()
     {
         constexpr int count = 10000;
-        if (!raiseFileLimit(count + 500))
+        if (!raiseDescriptorLimit(count + 500))
             QSKIP("The limit of open files cannot be raised far enough.");
         QVERIFY(ask(put("/context/shared", R"({"a":1})")).startsWith("HTTP/1.1 201 "));
         QVERIFY(ask(get("/context/shared/event")).startsWith("HTTP/1.1 200 "));
@@ -104,7 +80,8 @@ private Q_SLOTS:
         QVERIFY(ask(put("/context/kept", context)).startsWith("HTTP/1.1 201 "));
         const QByteArray request = get("/context/kept");
         const QByteArray burst = request.repeated(100);
-        const qint64 before = residentBytes(host.process.processId());
+        const ProcessFigures figures(host.process.processId());
+        const qint64 before = figures.residentBytes();
 
         RawClient client(host.port());
         const int total = 100000 * request.size();
@@ -117,7 +94,7 @@ private Q_SLOTS:
         }
         QVERIFY2(sent < total, "The host has read everything although nobody reads its answers.");
         QVERIFY(ask(request).startsWith("HTTP/1.1 200 "));
-        const qint64 growth = residentBytes(host.process.processId()) - before;
+        const qint64 growth = figures.residentBytes() - before;
         if (isSanitized)
             QSKIP("Memory says nothing under the address sanitizer.");
         QVERIFY2(growth <= 4 << 20, qPrintable(QString::number(growth)));

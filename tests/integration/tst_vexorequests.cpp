@@ -1,5 +1,6 @@
 #include "hostlog.h"
 #include "hostprocess.h"
+#include "problem.h"
 #include "rawclient.h"
 
 #include <QtTest>
@@ -35,13 +36,6 @@ class VexoRequestsTest : public QObject
     {
         return ask(host, request("POST " + path,
                                  "Content-Length: " + QByteArray::number(body.size()) + "\r\n", body));
-    }
-    static bool isProblem(const QByteArray &answer, int status)
-    {
-        const QByteArray number = QByteArray::number(status);
-        return answer.startsWith("HTTP/1.1 " + number + ' ')
-               && answer.contains("\r\nContent-Type: application/problem+json\r\n")
-               && answer.contains("\"status\":" + number);
     }
 
 private Q_SLOTS:

@@ -142,6 +142,8 @@ http::Controller *Strategy::createController(QSharedPointer<http::server::Reques
 
 void Listener::onChunkUpdated(const QJsonValue &chunk)
 {
+    if (chunk.toObject().contains(QStringLiteral("throw")))
+        throw std::runtime_error("thrown on purpose");
     log(QStringLiteral("chunk ")
         + QString::fromUtf8(QJsonDocument(chunk.toObject()).toJson(QJsonDocument::Compact)));
 }

@@ -40,6 +40,7 @@ private:
     Shared &m_shared;
 };
 
+/// Throws at a chunk that has the key "throw".
 class Listener final : public ChunkUpdateListener
 {
 public:

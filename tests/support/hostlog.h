@@ -15,6 +15,13 @@
     return true;
 }
 
+/// Takes what the host has written by now: one whose log nobody reads waits when the pipe is full.
+inline void drainLog(HostProcess &host)
+{
+    while (host.process.waitForReadyRead(0))
+        static_cast<void>(host.readLog());
+}
+
 /// Sends a signal to the host and tells whether it exits with 0 within `milliseconds`.
 [[nodiscard]] inline bool stopHost(HostProcess &host, int number = SIGTERM, int milliseconds = 30000)
 {

@@ -1,3 +1,5 @@
+#include "logcapture.h"
+
 #include <unixsignals.h>
 
 #include <QSignalSpy>
@@ -5,7 +7,11 @@
 
 #include <cerrno>
 #include <csignal>
+#include <sys/resource.h>
 #include <unistd.h>
+
+static const LogCapture::Line hangUpLine{
+    QtInfoMsg, QStringLiteral("SIGHUP is ignored: settings are read at the start only.")};
 
 class UnixSignalsTest : public QObject
 {
@@ -40,6 +46,49 @@ private Q_SLOTS:
         QVERIFY(stop.count() >= 1);
     }
 
+    void hangUpIsLoggedAndStopsNothing()
+    {
+        const LogCapture log("ch.tessel.vexo-service.unixsignals");
+        const UnixSignals unixSignals;
+        QSignalSpy stop(&unixSignals, &UnixSignals::stopRequested);
+        for (int i = 1; i <= 2; ++i) {
+            QCOMPARE(raise(SIGHUP), 0);
+            QTRY_COMPARE(log.lines().size(), i);
+            QCOMPARE(log.lines().constLast(), hangUpLine);
+        }
+        QCOMPARE(stop.count(), 0);
+    }
+
+    void aStopBehindAFloodOfHangUpsArrives()
+    {
+        const LogCapture log("ch.tessel.vexo-service.unixsignals");
+        const UnixSignals unixSignals;
+        QSignalSpy stop(&unixSignals, &UnixSignals::stopRequested);
+        for (int i = 0; i < 100000; ++i)
+            QCOMPARE(raise(SIGHUP), 0);
+        QCOMPARE(raise(SIGTERM), 0);
+        QVERIFY(stop.wait());
+        QCOMPARE(stop.count(), 1);
+        QCOMPARE(stop.constFirst().constFirst().toInt(), SIGTERM);
+        QCOMPARE(log.lines(), QVector<LogCapture::Line>{hangUpLine});
+    }
+
+    void aFileBeyondItsLimitFailsLikeAFullDisk()
+    {
+        const UnixSignals unixSignals;
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        rlimit initial{};
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &initial), 0);
+        const rlimit none{0, initial.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &none), 0);
+        const ssize_t written = write(file.handle(), "x", 1);
+        const int error = errno;
+        setrlimit(RLIMIT_FSIZE, &initial);
+        QCOMPARE(written, ssize_t(-1));
+        QCOMPARE(error, EFBIG);
+    }
+
     void brokenPipesAreIgnored()
     {
         const UnixSignals unixSignals;
@@ -53,17 +102,15 @@ private Q_SLOTS:
 
     void earlierHandlingComesBack()
     {
-        struct sigaction before[3] = {};
-        struct sigaction after[3] = {};
-        const int numbers[3] = {SIGTERM, SIGINT, SIGPIPE};
-        for (int i = 0; i < 3; ++i)
-            sigaction(numbers[i], nullptr, &before[i]);
-        {
-            const UnixSignals unixSignals;
-        }
-        for (int i = 0; i < 3; ++i) {
-            sigaction(numbers[i], nullptr, &after[i]);
-            QVERIFY(after[i].sa_handler == before[i].sa_handler);
+        for (const int number : {SIGTERM, SIGINT, SIGHUP, SIGPIPE, SIGXFSZ}) {
+            struct sigaction before = {};
+            struct sigaction after = {};
+            sigaction(number, nullptr, &before);
+            {
+                const UnixSignals unixSignals;
+            }
+            sigaction(number, nullptr, &after);
+            QVERIFY(after.sa_handler == before.sa_handler);
         }
     }
 };
