@@ -66,6 +66,12 @@ class VexoServiceTest : public QObject
         return client.readAnswer();
     }
 
+    static bool hasIpv6()
+    {
+        QTcpServer probe;
+        return probe.listen(QHostAddress::LocalHostIPv6);
+    }
+
 private Q_SLOTS:
     void failedStartIsOneLineWithThingAndReason_data()
     {
@@ -167,8 +173,10 @@ private Q_SLOTS:
     {
         HostProcess host(bothPlugins());
         QVERIFY2(host.start(), host.readLog().constData());
+        const QString addresses =
+            hasIpv6() ? QStringLiteral("127.0.0.1:%1 and [::1]:%1") : QStringLiteral("127.0.0.1:%1");
         const QString listening =
-            QStringLiteral("Listening on 127.0.0.1:%1 with the plug-ins first, second").arg(host.port());
+            QStringLiteral("Listening on %1 with the plug-ins first, second").arg(addresses.arg(host.port()));
         QVERIFY(get(host, "/first/hello").startsWith("HTTP/1.1 200 "));
         QVERIFY(stopHost(host));
         QStringList own = QString::fromUtf8(host.readLog()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
@@ -214,10 +222,8 @@ private Q_SLOTS:
 
     void listensOnIPv6()
     {
-        QTcpServer probe;
-        if (!probe.listen(QHostAddress::LocalHostIPv6))
+        if (!hasIpv6())
             QSKIP("There is no IPv6 here.");
-        probe.close();
         HostProcess host(plugins({QStringLiteral("first")})
                          + QStringList{QStringLiteral("--listen"), QStringLiteral("[::1]:0")});
         host.process.start();
