@@ -1,6 +1,6 @@
 #include "logcapture.h"
-#include "nodescriptors.h"
 #include "testsocket.h"
+#include "withoutnetlink.h"
 
 #include <tcpsockets.h>
 
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QVERIFY(findQuerySocket() >= 0);
     }
 
-    void lackOfDescriptorsIsLoggedOnceUntilItIsOver()
+    void silenceIsLoggedOnceUntilItIsOver()
     {
         const LogCapture log("ch.tessel.vexo-service.tcpsockets");
         const Connection connection;
@@ -181,16 +181,18 @@ private Q_SLOTS:
         for (int time = 1; time <= 2; ++time) {
             QVERIFY(breakQuerySocket());
             bool isFound = false;
-            {
-                const NoDescriptors none;
+            const bool isRestricted = withoutNetlink([&] {
                 for (int i = 0; i < 3; ++i)
                     isFound = isFound || sockets.find(connection.clientEnd, connection.ownEnd);
-            }
+            });
+            if (!isRestricted)
+                QSKIP("This process may not restrict itself.");
             QVERIFY(!isFound);
             QCOMPARE(log.lines().size(), time);
             QCOMPARE(log.lines().constLast().type, QtWarningMsg);
             QCOMPARE(log.lines().constLast().text,
-                     QStringLiteral("The kernel cannot be asked about connections: Too many open files"));
+                     QStringLiteral("The kernel cannot be asked about connections: Address family not "
+                                    "supported by protocol"));
             QVERIFY(sockets.find(connection.clientEnd, connection.ownEnd));
         }
     }
