@@ -18,15 +18,14 @@ class VexoHostileRequestsTest : public QObject
     std::unique_ptr<RawClient> wellBehaved;
     const QVector<HostileRequest> m_table = hostilerequests::all(QStringLiteral(HOSTILE_REQUESTS));
 
-    /// Whether the first request is sound, but asks for a host of a name that this one does not have, or
-    /// none.
-    static bool isMisdirected(const HostileRequest &request)
+    /// The first request of these entries is sound, and for somebody else than the host: a 421.
+    static bool beginsMisdirected(const QByteArray &name)
     {
         static const QSet<QByteArray> names{
             "version: 1.0 without Host", "Host: empty",           "Host: IPv6 and port",
             "Host: IPv6 with IPv4",      "Host: future address",  "Host: empty port",
             "Host: percent-encoded",     "Host: signs of a name", "Host: another than the absolute target's"};
-        return names.contains(request.name);
+        return names.contains(name);
     }
 
     /// What the host answers to what the table tells: the plug-in takes all below its own path.
@@ -36,7 +35,7 @@ class VexoHostileRequestsTest : public QObject
         for (const QByteArray &outcome : request.outcomes) {
             if (HostileRequest::isStatus(outcome))
                 statuses.append(outcome.toInt());
-            else if (statuses.isEmpty() && isMisdirected(request))
+            else if (statuses.isEmpty() && beginsMisdirected(request.name))
                 statuses.append(421);
             else if (HostileRequest::isForApplication(outcome))
                 statuses.append(outcome.split(' ').at(1).startsWith("/first/") ? 200 : 404);

@@ -37,7 +37,8 @@ class Output:
 class Host:
     """A host of its own on a free port, with `settings` (group, key, value) and nobody else's.
 
-    `directory` holds all that it reads and is where it runs. `logging` are rules for its log.
+    `directory` holds all that it reads and is where it runs; in a value, DIRECTORY stands for it. `logging` are rules
+    for its log.
     """
 
     def __init__(self, executable, plugins, settings=None, logging=""):
@@ -63,7 +64,8 @@ class Host:
         os.makedirs(os.path.dirname(file))
         with open(file, "w", encoding="utf-8") as ini:
             for group, values in settings.items():
-                ini.write(f"[{group}]\n" + "".join(f"{key}={value}\n" for key, value in values.items()))
+                lines = "".join(f"{key}={value}\n" for key, value in values.items())
+                ini.write(f"[{group}]\n" + lines.replace("DIRECTORY", self.directory))
 
     def await_start(self):
         self.log.read_to(b"Listening on 127.0.0.1:")

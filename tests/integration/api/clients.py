@@ -13,7 +13,7 @@ class Answer:
 
     def __init__(self, response):
         self.status = response.status
-        self.headers = {name.title(): value for name, value in response.getheaders()}
+        self.headers = dict(response.getheaders())
         self.body = response.read()
 
     def __str__(self):

@@ -11,7 +11,7 @@ METHODS = ["get", "put", "post", "delete", "options", "head", "patch", "trace"]
 PROBLEM = "application/problem+json"
 WORDS = BODY | {"settings", "plugins", "given", "target", "headers", "body", "until", "unanswered", "refused", "status",
                 "answer", "answer-headers", "publishes", "then"}
-REFUSAL_WORDS = {"settings", "plugins", "given", "raw", "status"}
+RAW_WORDS = {"settings", "plugins", "given", "raw", "status", "answer-headers"}
 
 
 class HttpApi:
@@ -25,7 +25,9 @@ class HttpApi:
         self.version = document["info"]["version"]
         self.operations = [Operation(self._reference, path, item, method)
                            for path, item in document["paths"].items() for method in METHODS if method in item]
-        self._refusal = document["components"]["responses"]["Refusal"]
+        components = document["components"]["responses"]
+        self._refusal = components["Refusal"]
+        self._raw = {name: response for name, response in components.items() if "x-scenarios" in response}
         self._responses = ResponseCheck(self._reference)
         self._driven = self._responses.driven
 
@@ -35,8 +37,9 @@ class HttpApi:
         for operation in self.operations:
             for name, scenario in operation.scenarios.items():
                 yield f"{operation.title}: {name}", self._runner(self._drive, setup, operation, name, scenario)
-        for name, scenario in self._refusal["x-scenarios"].items():
-            yield f"refusal: {name}", self._runner(self._drive_refusal, setup, name, scenario)
+        for title, response in self._raw.items():
+            for name, scenario in response["x-scenarios"].items():
+                yield f"{title}: {name}", self._runner(self._drive_raw, setup, response, name, scenario)
         for path in self._reference.document["paths"]:
             yield f"other methods on {path}", self._runner(self._drive_other_methods, setup, path)
 
@@ -96,17 +99,17 @@ class HttpApi:
         self._responses.check(stage, operation.responses[key], scenario.get("answer", name),
                               scenario.get("answer-headers", {}), answer)
 
-    # What is refused.
+    # What the host answers by itself.
 
-    def _drive_refusal(self, setup, name, scenario):
-        expect_keys(scenario, REFUSAL_WORDS)
+    def _drive_raw(self, setup, response, name, scenario):
+        expect_keys(scenario, RAW_WORDS)
         with Stage(setup, scenario) as stage:
             stage.run(scenario.get("given"))
             client = stage.connect()
             client.send_bytes(scenario["raw"].replace("\n", "\r\n").encode())
             answer = client.answer()
             expect(answer.status == scenario["status"], f"the status is promised as {scenario['status']}: {answer}")
-            self._responses.check(stage, self._refusal, name, {}, answer)
+            self._responses.check(stage, response, name, scenario.get("answer-headers", {}), answer)
 
     def _drive_other_methods(self, setup, path):
         """What is not documented is not served."""
@@ -128,6 +131,8 @@ class HttpApi:
 
     def undriven(self):
         """Whatever is promised and was not driven."""
+        yield from (f"the response {title}" for title, response in self._raw.items()
+                    if id(response) not in self._driven)
         for operation in self.operations:
             for status, response in operation.responses.items():
                 yield from self._undriven_response(operation.title, status, response)
