@@ -17,6 +17,19 @@ k7_installed_rpath(buswire ${K7_PLUGIN_FULL_DIR})
 install(TARGETS vexo-service RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS contextplugin buswire LIBRARY DESTINATION ${K7_PLUGIN_INSTALL_DIR})
 
+# The unit names the host where this installation puts it: --prefix may change that until the last moment. Below the
+# prefix, user managers look for units in lib alone, whatever the directory of the libraries.
+install(CODE "
+    set(VEXO_SERVICE \"\${CMAKE_INSTALL_PREFIX}\")
+    cmake_path(APPEND VEXO_SERVICE \"${CMAKE_INSTALL_BINDIR}\" vexo-service)
+    cmake_path(ABSOLUTE_PATH VEXO_SERVICE)
+    string(REPLACE % %% VEXO_SERVICE \"\${VEXO_SERVICE}\")
+    set(unit \"\${CMAKE_INSTALL_PREFIX}/lib/systemd/user/vexo-service.service\")
+    message(STATUS \"Installing: \$ENV{DESTDIR}\${unit}\")
+    configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/packaging/vexo-service.service.in\" \"\$ENV{DESTDIR}\${unit}\"
+        @ONLY FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+    list(APPEND CMAKE_INSTALL_MANIFEST_FILES \"\${unit}\")")
+
 set_target_properties(k7-plugin-api PROPERTIES EXPORT_NAME plugin-api)
 set_target_properties(t-system PROPERTIES EXPORT_NAME system)
 install(TARGETS k7-plugin-api tq-http t-system EXPORT K7PluginApiTargets
@@ -37,6 +50,7 @@ install(FILES
     src/system/applicationpaths.h
     src/system/scope.h
     src/system/settings.h
+    src/system/socketfile.h
     DESTINATION ${sdk_include_dir}/system)
 
 configure_package_config_file(cmake/K7PluginApiConfig.cmake.in ${PROJECT_BINARY_DIR}/K7PluginApiConfig.cmake

@@ -2,13 +2,12 @@
 
 #include "dispatcher.h"
 #include "filelimit.h"
+#include "httpdoors.h"
 #include "pluginloader.h"
 #include "portfile.h"
 #include "thrownby.h"
 
 #include <k7-plugin-api/vexoserviceinterface.h>
-
-#include <http/server/server.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -96,21 +95,19 @@ std::optional<StartFailure> Host::listen()
 {
     raiseFileLimit(m_settings.limits.maxConnections);
     m_dispatcher = std::make_unique<Dispatcher>(m_strategies);
-    m_server = std::make_unique<http::server::Server>(m_settings.limits, *m_dispatcher);
-    ListenAddress address = m_options.listen.value_or(m_settings.listen.value_or(ListenAddress()));
-    const QString refused = m_server->listen(address.address, address.port);
-    if (!refused.isEmpty())
-        return StartFailure{QStringLiteral("cannot listen on %1: %2").arg(address.toString(), refused)};
-    address.port = m_server->port();
+    m_doors = std::make_unique<HttpDoors>(*m_dispatcher);
+    const ListenAddress address = m_options.listen.value_or(m_settings.listen.value_or(ListenAddress()));
+    if (auto failure = m_doors->open(address, m_settings))
+        return failure;
     if (!m_options.portFile.isEmpty()) {
-        if (auto failure = writePortFile(m_options.portFile, address.port))
+        if (auto failure = writePortFile(m_options.portFile, m_doors->port()))
             return failure;
     }
 
     QStringList names;
     for (const LoadedPlugin &plugin : m_plugins.all())
         names.append(plugin.name);
-    qCInfo(hostLogging).noquote() << "Listening on" << address.toString() << "with the plug-ins"
+    qCInfo(hostLogging).noquote() << "Listening on" << m_doors->describe() << "with the plug-ins"
                                   << names.join(QStringLiteral(", "));
     return {};
 }
@@ -124,15 +121,15 @@ static void detach(VexoServicePlugin &plugin, BusEndpoint &endpoint)
 
 void Host::stop()
 {
-    if (m_server)
-        m_server->stopListening();
+    if (m_doors)
+        m_doors->stopListening();
     for (; !m_attached.empty(); m_attached.pop_back())
         detach(*m_attached.back().first, *m_attached.back().second);
     if (m_dispatcher)
         m_dispatcher->releaseAll();
     // What plug-ins have left to deleteLater() may still use them.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    m_server.reset();
+    m_doors.reset();
     m_dispatcher.reset();
     m_strategies.clear();
     m_plugins.clear();

@@ -12,13 +12,11 @@
 #include <vector>
 
 class Dispatcher;
+class HttpDoors;
 
 namespace http {
 class ControllerStrategy;
-namespace server {
-class Server;
 }
-} // namespace http
 
 /**
  * The life of the service: loads the plug-ins, gives each its endpoint of the bus, serves them over HTTP, and
@@ -53,5 +51,5 @@ private:
     std::vector<std::pair<VexoServicePlugin *, BusEndpoint *>> m_attached;
     std::vector<http::ControllerStrategy *> m_strategies;
     std::unique_ptr<Dispatcher> m_dispatcher;
-    std::unique_ptr<http::server::Server> m_server;
+    std::unique_ptr<HttpDoors> m_doors;
 };

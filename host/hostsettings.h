@@ -1,26 +1,25 @@
 #pragma once
 
+#include "accesssettings.h"
 #include "listenaddress.h"
+#include "settingvalue.h"
 #include "startfailure.h"
 
 #include <http/server/limits.h>
 
 #include <QStringList>
-#include <QVariant>
 
-#include <functional>
 #include <optional>
 #include <variant>
 
 /// What the settings group "ch.tessel.vexo-service" says. A key that is not set has its default.
 struct HostSettings
 {
-    /// Gives the value of one full key, such as "ch.tessel.vexo-service/http.listen"; invalid if it is not
-    /// set.
-    using Lookup = std::function<QVariant(const QString &key)>;
+    using Lookup = SettingLookup;
 
     std::optional<ListenAddress> listen; ///< `http.listen`
     QStringList pluginDirectories; ///< `plugins.directory`, one or a list; empty if not set
+    AccessSettings access; ///< who is served
     http::server::Limits limits; ///< `http.max…` in bytes and connections, `http.…Timeout` in seconds
     Lookup lookup; ///< what it was read with; null if it was not read
 

@@ -3,6 +3,7 @@
 #include <QRegularExpression>
 
 #include <arpa/inet.h>
+#include <netinet/in.h>
 
 static bool isNumeric(int family, const QString &address)
 {
@@ -33,4 +34,14 @@ QString ListenAddress::toString() const
     const QString form =
         address.contains(QLatin1Char(':')) ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2");
     return form.arg(address, QString::number(port));
+}
+
+bool ListenAddress::isLoopback() const
+{
+    const QByteArray text = address.toLatin1();
+    in_addr four = {};
+    if (inet_pton(AF_INET, text.constData(), &four) == 1)
+        return ntohl(four.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
+    in6_addr six = {};
+    return inet_pton(AF_INET6, text.constData(), &six) == 1 && IN6_IS_ADDR_LOOPBACK(&six);
 }

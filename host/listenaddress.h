@@ -16,4 +16,7 @@ struct ListenAddress
 
     /// The form that parse() reads.
     [[nodiscard]] QString toString() const;
+
+    /// Whether only this machine reaches it: an address of 127.0.0.0/8, or ::1.
+    [[nodiscard]] bool isLoopback() const;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "socketfile.h"
+#include <system/socketfile.h>
 
 #include <QJsonObject>
 #include <QObject>
@@ -43,7 +43,7 @@ private:
     void takeLine(WireClient &client, const QByteArray &line);
 
     const Publish m_publish;
-    SocketFile m_socketFile;
+    tessel::system::SocketFile m_socketFile;
     std::unique_ptr<QSocketNotifier> m_connecting;
     QVector<WireClient *> m_clients; // children
 };

@@ -88,7 +88,8 @@ class BrowserUploadsTest : public QObject
     Q_OBJECT
 
     static constexpr int browserPatience = 100000;
-    UploadHost host;
+    // A page from a file has the origin "null".
+    UploadHost host{"http.allowedOrigins=null"};
     int contexts = 0;
 
     /// The page posts what its fragment tells, the files in the reverse order of their names.

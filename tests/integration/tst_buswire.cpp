@@ -35,8 +35,8 @@ class BuswireTest : public QObject
     static QByteArray ask(const HostProcess &host, const QByteArray &line, const QByteArray &body = {})
     {
         RawClient client(host.port());
-        client.send(line + " HTTP/1.1\r\nHost: x\r\nContent-Length: " + QByteArray::number(body.size())
-                    + "\r\n\r\n" + body);
+        client.send(line + " HTTP/1.1\r\nHost: localhost\r\nContent-Length: "
+                    + QByteArray::number(body.size()) + "\r\n\r\n" + body);
         return client.readAnswer();
     }
     static QJsonObject readChunk(UnixClient &client)

@@ -87,7 +87,7 @@ class CardsTest final : public QObject
     [[nodiscard]] QByteArray ask(const QByteArray &requestLine) const
     {
         RawClient asking(host->port());
-        asking.send(requestLine + " HTTP/1.1\r\nHost: x\r\n\r\n");
+        asking.send(requestLine + " HTTP/1.1\r\nHost: localhost\r\n\r\n");
         return asking.readAnswer();
     }
     [[nodiscard]] static QByteArray bodyOf(const QByteArray &answer)
@@ -185,7 +185,7 @@ private Q_SLOTS:
         // Parked, since the context has been delivered once.
         QVERIFY(ask("GET /context/a/event").startsWith("HTTP/1.1 200 "));
         RawClient poll(host->port());
-        poll.send("GET /context/a/event HTTP/1.1\r\nHost: x\r\n\r\n");
+        poll.send("GET /context/a/event HTTP/1.1\r\nHost: localhost\r\n\r\n");
         // A connection made after that of the poll is served after it.
         QCOMPARE(attachmentUrls().size(), 2);
         QVERIFY(!poll.isReadable(0));

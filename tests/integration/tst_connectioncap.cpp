@@ -91,7 +91,7 @@ private Q_SLOTS:
         const qint64 growth = figures.peakBytes() - before;
         if (!isSanitized)
             QVERIFY2(growth <= cap * bytesAConnection, qPrintable(QString::number(growth)));
-        QVERIFY(waitForLog(host, "Refused a request with 503 There are too many connections.", allTold));
+        QVERIFY(waitForLog(host, "All 1000 connections are taken.", allTold));
 
         // The cap counts those that are open, and no one else.
         while (served.size() > cap / 2)

@@ -34,7 +34,7 @@ class ContextsOverBusTest : public QObject
 
     [[nodiscard]] static QByteArray request(const QByteArray &line, const QByteArray &body = {})
     {
-        return line + " HTTP/1.1\r\nHost: x\r\nContent-Length: " + QByteArray::number(body.size())
+        return line + " HTTP/1.1\r\nHost: localhost\r\nContent-Length: " + QByteArray::number(body.size())
                + "\r\n\r\n" + body;
     }
     [[nodiscard]] QByteArray ask(const QByteArray &line, const QByteArray &body = {}) const

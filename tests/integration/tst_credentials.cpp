@@ -32,7 +32,7 @@ class CredentialsTest final : public QObject
     [[nodiscard]] static QByteArray request(const QByteArray &line, const QByteArray &body,
                                             const QByteArray &contentType = "application/json")
     {
-        return line + " HTTP/1.1\r\nHost: x\r\nContent-Type: " + contentType
+        return line + " HTTP/1.1\r\nHost: localhost\r\nContent-Type: " + contentType
                + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
     }
     [[nodiscard]] QByteArray ask(const QByteArray &bytes) const
@@ -90,7 +90,7 @@ private Q_SLOTS:
         // Nothing of the others: what comes next is of another request.
         QVERIFY(ask(request("POST /context/desk2/credentials/", "[]")).startsWith("HTTP/1.1 200 "));
         QCOMPARE(nextChunk(), reset("desk2"));
-        QVERIFY(ask("GET /context/desk1 HTTP/1.1\r\nHost: x\r\n\r\n").startsWith("HTTP/1.1 404 "));
+        QVERIFY(ask("GET /context/desk1 HTTP/1.1\r\nHost: localhost\r\n\r\n").startsWith("HTTP/1.1 404 "));
     }
 
     void senselessBodiesAreTaken_data()

@@ -17,7 +17,7 @@ class FilesTest : public QObject
     static QByteArray request(const QByteArray &line, const QByteArray &headers = {},
                               const QByteArray &body = {})
     {
-        return line + " HTTP/1.1\r\nHost: x\r\n" + headers
+        return line + " HTTP/1.1\r\nHost: localhost\r\n" + headers
                + "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
     }
     static QByteArray part(const QByteArray &name, const QByteArray &content)

@@ -23,7 +23,8 @@ class JsonBodiesTest : public QObject
 
     static QByteArray head(const QByteArray &line, int size)
     {
-        return line + " HTTP/1.1\r\nHost: x\r\nContent-Length: " + QByteArray::number(size) + "\r\n\r\n";
+        return line + " HTTP/1.1\r\nHost: localhost\r\nContent-Length: " + QByteArray::number(size)
+               + "\r\n\r\n";
     }
     static QByteArray request(const QByteArray &line, const QByteArray &body = {})
     {

@@ -28,7 +28,7 @@ class MessagesTest final : public QObject
     [[nodiscard]] static QByteArray request(const QByteArray &line, const QByteArray &body = {},
                                             const QByteArray &headers = {})
     {
-        return line + " HTTP/1.1\r\nHost: x\r\n" + headers
+        return line + " HTTP/1.1\r\nHost: localhost\r\n" + headers
                + "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
     }
     [[nodiscard]] QByteArray ask(const QByteArray &line, const QByteArray &body = {},

@@ -11,9 +11,10 @@ class VexoHostileRequestsTest : public QObject
 {
     Q_OBJECT
 
-    // The limits that the table is written for.
+    // The limits and the name that the table is written for.
     HostProcess host{{QStringLiteral("--plugin"), QStringLiteral(TEST_PLUGIN_DIR "/libfirst.so")},
-                     "http.maxTargetBytes=300\nhttp.maxHeaderBytes=1000\nhttp.maxBodyBytes=1000"};
+                     "http.maxTargetBytes=300\nhttp.maxHeaderBytes=1000\nhttp.maxBodyBytes=1000\n"
+                     "http.allowedHosts=a"};
     std::unique_ptr<RawClient> wellBehaved;
     const QVector<HostileRequest> m_table = hostilerequests::all(QStringLiteral(HOSTILE_REQUESTS));
 

@@ -20,7 +20,7 @@ class VexoRequestsTest : public QObject
     static QByteArray request(const QByteArray &line, const QByteArray &headers = {},
                               const QByteArray &body = {})
     {
-        return line + " HTTP/1.1\r\nHost: x\r\n" + headers + "\r\n" + body;
+        return line + " HTTP/1.1\r\nHost: localhost\r\n" + headers + "\r\n" + body;
     }
     static QByteArray ask(const HostProcess &host, const QByteArray &bytes)
     {

@@ -62,7 +62,7 @@ class VexoServiceTest : public QObject
     static QByteArray get(const HostProcess &host, const QByteArray &path)
     {
         RawClient client(host.port());
-        client.send("GET " + path + " HTTP/1.1\r\nHost: x\r\n\r\n");
+        client.send("GET " + path + " HTTP/1.1\r\nHost: localhost\r\n\r\n");
         return client.readAnswer();
     }
 
@@ -289,7 +289,7 @@ private Q_SLOTS:
         HostProcess host(bothPlugins());
         QVERIFY2(host.start(), host.readLog().constData());
         RawClient parked(host.port());
-        parked.send("GET /first/park HTTP/1.1\r\nHost: x\r\n\r\n");
+        parked.send("GET /first/park HTTP/1.1\r\nHost: localhost\r\n\r\n");
         QVERIFY(waitForLog(host, "first parks"));
         const int before = pluginLog(host).size();
         QVERIFY(stopHost(host));
@@ -307,7 +307,7 @@ private Q_SLOTS:
         setVariable(host, "QT_LOGGING_RULES", QStringLiteral("ch.tessel.vexo-service.bus.debug=true"));
         QVERIFY2(host.start(), host.readLog().constData());
         RawClient parked(host.port());
-        parked.send("GET /first/park-publish HTTP/1.1\r\nHost: x\r\n\r\n");
+        parked.send("GET /first/park-publish HTTP/1.1\r\nHost: localhost\r\n\r\n");
         QVERIFY(waitForLog(host, "first parks"));
         QVERIFY(stopHost(host));
         QCOMPARE(host.readLog().count("first release park-publish"), 1);
@@ -327,7 +327,7 @@ private Q_SLOTS:
         std::vector<RawClient> polls;
         for (int i = 0; i < count; ++i) {
             polls.emplace_back(host.port());
-            polls.back().send("GET /first/park HTTP/1.1\r\nHost: x\r\n\r\n");
+            polls.back().send("GET /first/park HTTP/1.1\r\nHost: localhost\r\n\r\n");
         }
         QVERIFY(waitForLog(host, "first parks", count));
         QVERIFY(stopHost(host, SIGTERM, 2000));
@@ -339,7 +339,7 @@ private Q_SLOTS:
         HostProcess host(plugins({QStringLiteral("first")}));
         QVERIFY2(host.start(), host.readLog().constData());
         RawClient client(host.port());
-        client.send("GET /first/nested HTTP/1.1\r\nHost: x\r\n\r\n");
+        client.send("GET /first/nested HTTP/1.1\r\nHost: localhost\r\n\r\n");
         QVERIFY(waitForLog(host, "first nested loop begins"));
         QVERIFY(stopHost(host));
         QCOMPARE(host.readLog().count("first release nested"), 1);

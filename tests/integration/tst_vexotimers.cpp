@@ -57,11 +57,11 @@ void VexoTimersTest::storesTheDefaultValueAndCollects()
     UnixClient wire(wirePath);
     QVERIFY(wire.isConnected());
     const QByteArray body = R"({"patient":"a"})";
-    QCOMPARE(
-        exchange(host.port(), "PUT /context/desk HTTP/1.1\r\nHost: x\r\nContent-Type: application/json\r\n"
-                              "Content-Length: "
-                                  + QByteArray::number(body.size()) + "\r\n\r\n" + body),
-        QByteArrayLiteral("201"));
+    QCOMPARE(exchange(host.port(),
+                      "PUT /context/desk HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/json\r\n"
+                      "Content-Length: "
+                          + QByteArray::number(body.size()) + "\r\n\r\n" + body),
+             QByteArrayLiteral("201"));
 
     QVERIFY2(awaitLine(host, "Loading default value \"\"\n", 10000), host.readLog().constData());
     QVERIFY(clock.elapsed() >= 4750);
@@ -70,7 +70,7 @@ void VexoTimersTest::storesTheDefaultValueAndCollects()
     QVERIFY2(awaitLine(host, deletion("desk"), 140000), host.readLog().constData());
     QVERIFY(clock.elapsed() >= 57000);
     QVERIFY2(awaitLine(host, deletion({}), 140000), host.readLog().constData());
-    QCOMPARE(exchange(host.port(), "GET /context/desk HTTP/1.1\r\nHost: x\r\n\r\n"),
+    QCOMPARE(exchange(host.port(), "GET /context/desk HTTP/1.1\r\nHost: localhost\r\n\r\n"),
              QByteArrayLiteral("404"));
 
     // The bus has heard of the first store, of both removals, and of no default value.

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "userprocess.h"
+
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -14,8 +15,13 @@ class HostProcess
 {
 public:
     /// `settings` are lines of the group [ch.tessel.vexo-service]; `arguments` are added to the command line.
-    explicit HostProcess(const QStringList &arguments, const QByteArray &settings = {})
+    /// With `user`, it runs as that one, and its directory is that one's.
+    explicit HostProcess(const QStringList &arguments, const QByteArray &settings = {},
+                         std::optional<uid_t> user = {})
+        : process(user)
     {
+        if (user && ::chown(QFile::encodeName(m_directory.path()).constData(), *user, *user) != 0)
+            qFatal("The directory cannot be given away.");
         QFile file(m_directory.filePath(QStringLiteral("settings.ini")));
         if (!file.open(QIODevice::WriteOnly))
             qFatal("The settings cannot be written.");
@@ -66,7 +72,7 @@ public:
         return m_log;
     }
 
-    QProcess process;
+    UserProcess process;
 
 private:
     QTemporaryDir m_directory;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
 
 #include <arpa/inet.h>
 #include <linux/sockios.h>
@@ -8,11 +9,14 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <utility>
 
-/// A blocking connection to the loopback, one descriptor and nothing else, so that a test can have thousands.
+/// A blocking connection to the loopback or to a unix socket, one descriptor and nothing else, so that a test
+/// can have thousands.
 class RawClient final
 {
 public:
@@ -23,6 +27,15 @@ public:
         address.sin_family = AF_INET;
         address.sin_port = htons(port);
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        if (::connect(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+            qFatal("No connection.");
+    }
+    explicit RawClient(const QString &path)
+        : m_socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path - 1);
         if (::connect(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
             qFatal("No connection.");
     }

@@ -16,6 +16,12 @@ using Files = QMap<QString, QByteArray>;
 class UploadHost final
 {
 public:
+    /// `settings` are lines of the group [ch.tessel.vexo-service].
+    explicit UploadHost(const QByteArray &settings = {})
+        : m_process({QStringLiteral("--plugin"), QStringLiteral(CONTEXT_PLUGIN)}, settings)
+    {
+    }
+
     [[nodiscard]] bool start() { return m_process.start(); }
     [[nodiscard]] quint16 port() const { return m_process.port(); }
     [[nodiscard]] QByteArray readLog() { return m_process.readLog(); }
@@ -36,7 +42,7 @@ public:
     [[nodiscard]] static QByteArray request(const QByteArray &line, const QByteArray &headers = {},
                                             const QByteArray &body = {})
     {
-        return line + " HTTP/1.1\r\nHost: x\r\n" + headers
+        return line + " HTTP/1.1\r\nHost: localhost\r\n" + headers
                + "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
     }
     [[nodiscard]] static QByteArray bodyOf(const QByteArray &answer)
@@ -103,5 +109,5 @@ private:
                  QJsonObject{{QStringLiteral("attachment"), QJsonObject{{QStringLiteral("url"), url}}}}}};
     }
 
-    HostProcess m_process{{QStringLiteral("--plugin"), QStringLiteral(CONTEXT_PLUGIN)}};
+    HostProcess m_process;
 };

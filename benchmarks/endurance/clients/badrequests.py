@@ -20,11 +20,11 @@ REFUSED_BY_HOST = [
     (400, b"nonsense\r\n\r\n"),
     (400, b"GET / HTTP/1.1\r\n\r\n"),
     (400, b"GET / HTTP/1.1\r\nHost: a\r\nHost: b\r\n\r\n"),
-    (400, b"PUT /context/a HTTP/1.1\r\nHost: a\r\nContent-Length: 1\r\nTransfer-Encoding: chunked\r\n\r\n"),
+    (400, b"PUT /context/a HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1\r\nTransfer-Encoding: chunked\r\n\r\n"),
     (414, request_bytes("GET", "/" + "x" * 20000)),
     (431, request_bytes("GET", "/", headers={"Much": "x" * 70000})),
-    (413, b"PUT /context/a HTTP/1.1\r\nHost: a\r\nContent-Length: 100000000\r\n\r\n"),
-    (501, b"NONSENSE / HTTP/1.1\r\nHost: a\r\n\r\n"),
+    (413, b"PUT /context/a HTTP/1.1\r\nHost: localhost\r\nContent-Length: 100000000\r\n\r\n"),
+    (501, b"NONSENSE / HTTP/1.1\r\nHost: localhost\r\n\r\n"),
 ]
 UNPARSABLE = [b"", b"{", b"{]", b"[1", b"nonsense", b'{"a" 1}']
 

@@ -116,7 +116,8 @@ def test_settings(readme, arguments):
     row = r"^\| `((?:http|plugins)\.\w+)` \| *`?([^`|]*?)`? *\|"
     in_readme = {key: value.strip() for key, value in re.findall(row, readme, re.MULTILINE)}
     help_text = subprocess.run([arguments.host, "--help"], check=True, capture_output=True, text=True).stdout
-    in_help = dict(re.findall(r"^  ((?:http|plugins)\.\w+) +([0-9.:]*) ", help_text, re.MULTILINE))
+    columns = r"^  ((?=http\.|plugins\.).{20}) (.{15}) "
+    in_help = {key.strip(): value.strip() for key, value in re.findall(columns, help_text, re.MULTILINE)}
     if not in_help or in_readme != in_help:
         sys.exit(f"The README has {in_readme}\nThe host has {in_help}")
 

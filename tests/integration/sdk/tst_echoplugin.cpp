@@ -17,8 +17,8 @@ class EchoPluginTest : public QObject
     [[nodiscard]] QByteArray ask(const QByteArray &line, const QByteArray &body = {}) const
     {
         RawClient client(host.port());
-        client.send(line + " HTTP/1.1\r\nHost: x\r\nContent-Length: " + QByteArray::number(body.size())
-                    + "\r\n\r\n" + body);
+        client.send(line + " HTTP/1.1\r\nHost: localhost\r\nContent-Length: "
+                    + QByteArray::number(body.size()) + "\r\n\r\n" + body);
         return client.readAnswer();
     }
 

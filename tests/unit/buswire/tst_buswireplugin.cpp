@@ -1,11 +1,10 @@
 #include "logcapture.h"
 #include "unixclient.h"
 
-#include <socketfile.h>
-
 #include <k7-plugin-api/chunkservice.h>
 #include <k7-plugin-api/chunkupdatelistener.h>
 #include <k7-plugin-api/vexoserviceinterface.h>
+#include <system/socketfile.h>
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -97,7 +96,7 @@ private Q_SLOTS:
 
     void socketThatAnotherServesIsLoggedAndLeftAlone()
     {
-        buswire::SocketFile other;
+        tessel::system::SocketFile other;
         QCOMPARE(other.open(path), QString());
         const LogCapture log("ch.tessel.vexo-service.buswire");
         {

@@ -72,7 +72,30 @@ private Q_SLOTS:
         QVERIFY(!ListenAddress::parse(text).has_value());
     }
 
-    void defaultIsLoopback() { QCOMPARE(ListenAddress().toString(), QStringLiteral("127.0.0.1:8750")); }
+    void tellsWhetherOnlyThisMachineReachesIt_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<bool>("loopback");
+        for (const char *address : {"127.0.0.1", "127.0.0.0", "127.1.2.3", "127.255.255.255", "::1",
+                                    "0:0:0:0:0:0:0:1", "::0.0.0.1"})
+            QTest::newRow(address) << QString::fromLatin1(address) << true;
+        // An IPv4 address inside of an IPv6 one is not counted.
+        for (const char *address :
+             {"0.0.0.0", "126.255.255.255", "128.0.0.0", "10.0.0.127", "192.168.1.1", "1.0.0.127",
+              "::", "::2", "1::", "fe80::1", "::ffff:127.0.0.1", "::127.0.0.1", "localhost", "127.1", ""})
+            QTest::newRow(address) << QString::fromLatin1(address) << false;
+    }
+    void tellsWhetherOnlyThisMachineReachesIt()
+    {
+        QFETCH(QString, address);
+        QTEST((ListenAddress{address, 8750}.isLoopback()), "loopback");
+    }
+
+    void defaultIsLoopback()
+    {
+        QVERIFY(ListenAddress().isLoopback());
+        QCOMPARE(ListenAddress().toString(), QStringLiteral("127.0.0.1:8750"));
+    }
 };
 
 QTEST_GUILESS_MAIN(ListenAddressTest)

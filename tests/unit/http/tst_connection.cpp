@@ -798,10 +798,10 @@ private Q_SLOTS:
         QVERIFY(driver.closed);
     }
 
-    void refusedConnectionsAreTold()
+    void connectionsThatAreTurnedAwayAreTold()
     {
         ConnectionDriver driver(echo);
-        driver.connection.refuse(503, QStringLiteral("There are too many connections."));
+        driver.connection.turnAway(503, QStringLiteral("There are too many connections."));
         QCOMPARE(answersIn(driver.output).constFirst().first, 503);
         driver.feed(getRequest);
         QCOMPARE(answersIn(driver.output).size(), 1);

@@ -428,6 +428,7 @@ private Q_SLOTS:
 
     void connectionsBeyondTheCapAreToldAndTheCapRecovers()
     {
+        const LogCapture log("ch.tessel.http.server");
         Limits limits;
         limits.maxConnections = 2;
         serve(limits);
@@ -437,12 +438,19 @@ private Q_SLOTS:
         const auto third = client(server->port(), get("/"));
         QTRY_COMPARE(third->state(), QAbstractSocket::UnconnectedState);
         QVERIFY(third->readAll().startsWith("HTTP/1.1 503 "));
+        const auto another = client(server->port(), get("/"));
+        QTRY_COMPARE(another->state(), QAbstractSocket::UnconnectedState);
         QCOMPARE(server->connectionCount(), 2);
+        QCOMPARE(log.lines().size(), 1);
+        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("All 2 connections are taken.")));
         first.reset();
         QTRY_COMPARE(server->connectionCount(), 1);
         const auto fourth = client(server->port(), get("/d"));
         QByteArray answer;
         QTRY_VERIFY((answer += fourth->readAll()).endsWith("/d"));
+        const auto fifth = client(server->port(), {});
+        QTRY_COMPARE(fifth->state(), QAbstractSocket::UnconnectedState);
+        QCOMPARE(log.lines().size(), 2); // as often as the last place is taken
     }
 
     void dawdlersAreEnded_data()

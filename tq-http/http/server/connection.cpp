@@ -34,12 +34,17 @@ void Connection::start()
     startTimer(Timer::Idle);
 }
 
-void Connection::refuse(int status, const QString &reason)
+void Connection::turnAway(int status, const QString &reason)
 {
-    qCInfo(connectionLogging) << "Refused a request with" << status << qUtf8Printable(reason);
     m_keepsAlive = false;
     m_isHead = false;
     send(problem(status, reason));
+}
+
+void Connection::refuse(int status, const QString &reason)
+{
+    qCInfo(connectionLogging) << "Refused a request with" << status << qUtf8Printable(reason);
+    turnAway(status, reason);
 }
 
 void Connection::abort()

@@ -72,8 +72,8 @@ public:
 
     /// The client may speak now.
     void start();
-    /// Answers with a problem instead of reading anything, and closes.
-    void refuse(int status, const QString &reason);
+    /// Answers with a problem instead of reading anything, and closes; who decides so logs it.
+    void turnAway(int status, const QString &reason);
 
     /// Closes without a word; an exchange that is open ends silently.
     void abort();
@@ -99,6 +99,7 @@ private:
     [[nodiscard]] bool isOver() const;
     [[nodiscard]] std::size_t consume(std::string_view bytes);
     void consumeWaiting();
+    void refuse(int status, const QString &reason);
     void screen();
     void expectBody();
     void startExchange();

@@ -10,6 +10,7 @@
 #include "transport.h"
 
 #include <QAbstractEventDispatcher>
+#include <QLoggingCategory>
 
 #include <fcntl.h>
 #include <uv.h>
@@ -22,6 +23,12 @@
 #include <vector>
 
 namespace http::server {
+
+static const QLoggingCategory &serverLogging()
+{
+    static const QLoggingCategory category("ch.tessel.http.server");
+    return category;
+}
 
 class Server::Private final : public TransportOwner
 {
@@ -53,7 +60,7 @@ private:
     void closed(Transport *transport) override;
 
     void accept(int socket);
-    void refuse(Transport &transport, int status, const QString &reason);
+    void turnAway(Transport &transport, int status, const QString &reason);
     void deliver();
     void kickIfWaiting();
 
@@ -64,6 +71,7 @@ private:
     std::vector<std::unique_ptr<Listener>> m_listeners;
     std::unordered_map<Transport *, std::unique_ptr<Transport>> m_transports;
     int m_refused = 0; ///< those among the transports that are only told why they are not served
+    bool m_isFull = false; ///< and the log tells so already
     std::deque<Event> m_events;
     std::array<char, 65536> m_readBuffer{};
 };
@@ -134,20 +142,24 @@ void Server::Private::accept(int socket)
     m_transports.emplace(&transport, std::move(owned));
     if (!transport.open(socket))
         return transport.connection().abort();
-    if (connectionCount() > m_limits.maxConnections)
-        return refuse(transport, 503, QStringLiteral("There are too many connections."));
+    if (connectionCount() > m_limits.maxConnections) {
+        if (!std::exchange(m_isFull, true))
+            qCWarning(serverLogging) << "All" << m_limits.maxConnections << "connections are taken.";
+        return turnAway(transport, 503, QStringLiteral("There are too many connections."));
+    }
+    m_isFull = false;
     const QString refusal = m_guard ? m_guard->refusal(socket) : QString();
     if (!refusal.isEmpty())
-        return refuse(transport, 403, refusal);
+        return turnAway(transport, 403, refusal);
     transport.start();
 }
 
-void Server::Private::refuse(Transport &transport, int status, const QString &reason)
+void Server::Private::turnAway(Transport &transport, int status, const QString &reason)
 {
     if (m_refused >= refusalsAtOnce)
         return transport.connection().abort();
     ++m_refused;
-    transport.refuse(status, reason);
+    transport.turnAway(status, reason);
 }
 
 /// Requests and departures reach the application here, in order and never from inside of uv_run(). A handler

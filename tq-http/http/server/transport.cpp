@@ -51,11 +51,11 @@ void Transport::start()
     m_connection.start();
 }
 
-void Transport::refuse(int status, const QString &reason)
+void Transport::turnAway(int status, const QString &reason)
 {
     m_isRefused = true;
     setReading(true);
-    m_connection.refuse(status, reason);
+    m_connection.turnAway(status, reason);
 }
 
 Transport::Written Transport::write(const QByteArray &head, const QByteArray &body)

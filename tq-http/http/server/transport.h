@@ -47,7 +47,7 @@ public:
     /// Serves the client from now on.
     void start();
     /// Tells the client that it is not served, and closes.
-    void refuse(int status, const QString &reason);
+    void turnAway(int status, const QString &reason);
     [[nodiscard]] bool isRefused() const { return m_isRefused; }
 
     [[nodiscard]] Written write(const QByteArray &head, const QByteArray &body) override;

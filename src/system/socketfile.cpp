@@ -1,23 +1,28 @@
 #include "socketfile.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <utility>
 
-namespace buswire {
+namespace tessel::system {
 
 namespace {
 
 class Descriptor final
 {
 public:
-    Descriptor()
-        : m_number(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0))
+    explicit Descriptor(int number)
+        : m_number(number)
     {
     }
     ~Descriptor()
@@ -41,6 +46,24 @@ static QString failure()
     return qt_error_string(errno);
 }
 
+static int newSocket()
+{
+    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+}
+
+// Lets one process at a time replace files there, until the descriptor is closed. False if another one does
+// not get done within a second. A directory that cannot be locked is used all the same: two that start at the
+// very same time are rare.
+static bool lock(int directory)
+{
+    for (int i = 0; i < 1000; ++i) {
+        if (flock(directory, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
+            return true;
+        poll(nullptr, 0, 1);
+    }
+    return false;
+}
+
 static const sockaddr *generic(const sockaddr_un &address)
 {
     return reinterpret_cast<const sockaddr *>(&address);
@@ -56,7 +79,7 @@ static QString clear(const sockaddr_un &address)
         return errno == ENOENT ? QString() : failure();
     if (!S_ISSOCK(file.st_mode))
         return QStringLiteral("it exists and is no socket");
-    const Descriptor probe;
+    const Descriptor probe(newSocket());
     if (probe.get() < 0)
         return failure();
     // A queue that is full gives EAGAIN: somebody lives there, if only slowly.
@@ -65,6 +88,20 @@ static QString clear(const sockaddr_un &address)
     if (errno != ECONNREFUSED)
         return failure();
     return unlink(address.sun_path) == 0 ? QString() : failure();
+}
+
+// Empty, or why it failed, without a file then.
+static QString listenAt(const sockaddr_un &address, int socket)
+{
+    // The file takes over the mode that the socket has when it is bound (unix(7)), so that it is never wider.
+    if (socket < 0 || fchmod(socket, S_IRUSR | S_IWUSR) != 0
+        || bind(socket, generic(address), sizeof address) != 0)
+        return failure();
+    if (listen(socket, SOMAXCONN) == 0)
+        return {};
+    QString why = failure();
+    unlink(address.sun_path);
+    return why;
 }
 
 QString SocketFile::open(const QString &path)
@@ -76,22 +113,20 @@ QString SocketFile::open(const QString &path)
         return QStringLiteral("the path is longer than %1 bytes").arg(sizeof address.sun_path - 1);
     std::memcpy(address.sun_path, name.constData(), static_cast<std::size_t>(name.size()));
 
+    const QByteArray directory = QFile::encodeName(QFileInfo(path).path());
+    const Descriptor locked(::open(directory.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!lock(locked.get()))
+        return QStringLiteral("another process keeps its directory locked");
     QString occupied = clear(address);
     if (!occupied.isEmpty())
         return occupied;
-    Descriptor socket;
+    Descriptor socket(newSocket());
+    QString refused = listenAt(address, socket.get());
     struct stat file
     {
     };
-    // The file takes over the mode that the socket has when it is bound (unix(7)), so that it is never wider.
-    if (socket.get() < 0 || fchmod(socket.get(), S_IRUSR | S_IWUSR) != 0
-        || bind(socket.get(), generic(address), sizeof address) != 0)
-        return failure();
-    if (listen(socket.get(), SOMAXCONN) != 0 || lstat(address.sun_path, &file) != 0) {
-        QString why = failure();
-        unlink(address.sun_path);
-        return why;
-    }
+    if (!refused.isEmpty() || lstat(address.sun_path, &file) != 0)
+        return refused.isEmpty() ? failure() : refused;
     m_path = name;
     m_device = file.st_dev;
     m_inode = file.st_ino;
@@ -116,4 +151,4 @@ SocketFile::~SocketFile()
     close(m_descriptor);
 }
 
-} // namespace buswire
+} // namespace tessel::system

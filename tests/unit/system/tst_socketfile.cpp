@@ -1,15 +1,19 @@
+#include "system/socketfile.h"
 #include "unixclient.h"
-
-#include <socketfile.h>
 
 #include <QtTest>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <fcntl.h>
 #include <memory>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
+#include <vector>
 
-using buswire::SocketFile;
+using tessel::system::SocketFile;
 
 class SocketFileTest : public QObject
 {
@@ -99,6 +103,51 @@ private Q_SLOTS:
         SocketFile file;
         QCOMPARE(file.open(path), QString());
         QVERIFY(UnixClient(path).isConnected());
+    }
+
+    // Whoever comes second must neither take the first one's file for the stale one, nor the first one for
+    // dead because it does not listen yet.
+    void oneOfManyThatStartAtOnceReplacesIt()
+    {
+        static constexpr int rounds = 100;
+        for (int round = 0; round < rounds; ++round) {
+            close(listenElsewhere(1));
+            std::array<SocketFile, 3> starting;
+            std::array<QString, 3> failures;
+            std::atomic<int> waiting = static_cast<int>(starting.size());
+            std::vector<std::thread> threads;
+            for (std::size_t i = 0; i < starting.size(); ++i) {
+                threads.emplace_back([&, i] {
+                    for (--waiting; waiting > 0;) { }
+                    failures[i] = starting[i].open(path);
+                });
+            }
+            for (std::thread &thread : threads)
+                thread.join();
+            QCOMPARE(std::count(failures.cbegin(), failures.cend(), QString()), 1);
+            QCOMPARE(
+                std::count(failures.cbegin(), failures.cend(), QStringLiteral("another process serves it")),
+                2);
+            const UnixClient client(path);
+            QVERIFY(client.isConnected());
+            const auto winner = std::find(failures.cbegin(), failures.cend(), QString());
+            const int accepted =
+                accept(starting[static_cast<std::size_t>(winner - failures.cbegin())].descriptor(), nullptr,
+                       nullptr);
+            QVERIFY(accepted >= 0);
+            close(accepted);
+        }
+    }
+
+    void doesNotWaitForeverForOthersThatStart()
+    {
+        const int directory = ::open(QFile::encodeName(dir.path()).constData(), O_RDONLY | O_CLOEXEC);
+        QCOMPARE(flock(directory, LOCK_EX), 0);
+        SocketFile file;
+        QCOMPARE(file.open(path), QStringLiteral("another process keeps its directory locked"));
+        QVERIFY(!QFile::exists(path));
+        close(directory);
+        QCOMPARE(file.open(path), QString());
     }
 
     void leavesALivingOneAlone()

@@ -5,7 +5,7 @@
 
 #include <sys/types.h>
 
-namespace buswire {
+namespace tessel::system {
 
 /// A listening unix stream socket and its file, which nobody but its owner may use, not even for a moment.
 class SocketFile final
@@ -16,8 +16,10 @@ public:
     ~SocketFile();
     Q_DISABLE_COPY_MOVE(SocketFile)
 
-    /// Listens at `path`; called once. A socket file that a dead process has left is replaced. Returns an
-    /// empty string, or why it failed, in which case whatever is there stays as it is.
+    /// Listens at `path`; called until it has succeeded once. A socket file that a dead process has left is
+    /// replaced. Of several processes that start at once, one succeeds: each keeps the directory locked
+    /// (flock(2)) meanwhile, and waits for the others up to a second. Returns an empty string, or why it
+    /// failed, in which case whatever is there stays as it is.
     [[nodiscard]] QString open(const QString &path);
 
     /// The listening socket, which does not block; -1 before open().
@@ -32,4 +34,4 @@ private:
     ino_t m_inode = 0;
 };
 
-} // namespace buswire
+} // namespace tessel::system

@@ -1,0 +1,43 @@
+#include "originpolicy.h"
+
+#include <utility>
+
+using http::server::HeaderFields;
+
+OriginPolicy::OriginPolicy(QVector<Origin> listed, bool listsNull, const AllowedHosts &hosts)
+    : m_listed(std::move(listed))
+    , m_listsNull(listsNull)
+    , m_hosts(hosts)
+{
+}
+
+OriginPolicy::Verdict OriginPolicy::judge(const HeaderFields &headers) const
+{
+    const QByteArray origin = QByteArrayLiteral("Origin");
+    if (headers.contains(origin)) {
+        const Verdict verdict = judgeOrigin(headers.joined(origin));
+        if (verdict != Verdict::Own)
+            return verdict;
+    }
+    // A page makes the browser send some requests without an Origin, such as those of links and images.
+    // Values that are not known yet are to be passed over (Fetch Metadata Request Headers, section 2).
+    const QByteArray site = headers.joined(QByteArrayLiteral("Sec-Fetch-Site"));
+    return site == "cross-site" || site == "same-site" ? Verdict::CrossSite : Verdict::Own;
+}
+
+OriginPolicy::Verdict OriginPolicy::judgeOrigin(const QByteArray &value) const
+{
+    if (value == "null")
+        return m_listsNull ? Verdict::Listed : Verdict::Foreign;
+    const auto origin = Origin::parse(value);
+    if (!origin)
+        return Verdict::Foreign;
+    if (m_listed.contains(*origin))
+        return Verdict::Listed;
+    return isOwn(*origin) ? Verdict::Own : Verdict::Foreign;
+}
+
+bool OriginPolicy::isOwn(const Origin &origin) const
+{
+    return origin.scheme == "http" && origin.place.port == m_hosts.port() && m_hosts.allows(origin.place);
+}
