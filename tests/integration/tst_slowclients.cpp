@@ -50,12 +50,14 @@ class SlowClientsTest final : public QObject
         descriptorsBefore = figures->openDescriptors();
         memoryBefore = figures->peakBytes();
     }
-    void connectAll(const QByteArray &bytes)
+    template <typename Progress>
+    void connectAll(const QByteArray &bytes, Progress &&makeProgress)
     {
         clients.reserve(count);
         for (int i = 0; i < count; ++i) {
             clients.emplace_back(host->port());
             clients.back().send(bytes);
+            makeProgress();
         }
     }
     /// Has the clients that are not told anything yet go on, now and then, until all are.
@@ -116,13 +118,16 @@ private Q_SLOTS:
         QFETCH(QByteArray, begin);
         QFETCH(qint64, bytesAClient);
         startHost("http.headerTimeout=1");
-        connectAll(begin);
+        QElapsedTimer clock;
+        clock.start();
+        connectAll(begin, [] {});
         goOnUntilAllAreTold([this] {
             for (RawClient &client : clients) {
                 if (!isTold(client))
                     static_cast<void>(client.sendSome("E", 0));
             }
         });
+        QVERIFY(clock.elapsed() >= 990);
         verifyAllAreRefused("The headers took too long.");
         // Although nobody closes them from the other end.
         QTRY_COMPARE_WITH_TIMEOUT(figures->openDescriptors(), descriptorsBefore, 30000);
@@ -144,10 +149,15 @@ private Q_SLOTS:
         RawClient slow(host->port());
         slow.send("PUT /context/slow HTTP/1.1\r\nHost: localhost\r\nContent-Length: 10008\r\n\r\n{\"a\":\"");
         int left = 10000;
+        const auto makeProgress = [&] { left -= slow.sendSome("x", 0); };
+        QElapsedTimer clock;
+        clock.start();
         connectAll("PUT /context/stalled HTTP/1.1\r\nHost: localhost\r\n" + announcement
-                   + QByteArray(sent, 'x'));
+                       + QByteArray(sent, 'x'),
+                   makeProgress);
         // One that makes progress has all the time that it needs.
-        goOnUntilAllAreTold([&] { left -= slow.sendSome("x", 0); });
+        goOnUntilAllAreTold(makeProgress);
+        QVERIFY(clock.elapsed() >= 1485);
         verifyAllAreRefused("The body made no progress.");
         slow.send(QByteArray(left, 'x') + "\"}");
         const QByteArray answer = slow.readAnswer();
