@@ -1,6 +1,8 @@
 #include "connectiondriver.h"
 #include "plainrequests.h"
 
+#include <http/server/answer.h>
+
 #include <QLoggingCategory>
 #include <QtGlobal>
 
@@ -12,7 +14,8 @@
 // The first line of an input, up to its LF, tells by its bytes how long the pieces are into which the rest is
 // cut, round and round; without any it is cut into bytes. What the application gets and what the client is
 // answered must be the same for the rest whole, in pieces, and with answers that leave late. And it must be
-// what a plain reader finds in it, or the beginning of that.
+// what a plain reader finds in it, or the beginning of that. A request with a field "Stranger" is turned away
+// by the guard.
 
 namespace {
 
@@ -66,6 +69,12 @@ public:
                    limits())
     {
         m_driver.holdsBack = late;
+        m_driver.screening = [](Request::HttpMethod /*method*/, const HeaderFields &headers) {
+            Screening screening;
+            if (headers.contains("Stranger"))
+                screening.answer = problem(403);
+            return screening;
+        };
     }
 
     void feed(const QByteArray &bytes)
@@ -153,6 +162,17 @@ void requireFound(const Exchanges &exchanges, const QVector<PlainRequest> &plain
     }
 }
 
+/// Those that the guard lets pass.
+QVector<PlainRequest> admitted(const QVector<PlainRequest> &all)
+{
+    QVector<PlainRequest> passed;
+    for (const PlainRequest &request : all) {
+        if (request.values("stranger").isEmpty())
+            passed.append(request);
+    }
+    return passed;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
@@ -170,7 +190,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (stream.isEmpty())
         return 0;
 
-    const QVector<PlainRequest> plain = PlainRequests(stream).found();
+    const QVector<PlainRequest> plain = admitted(PlainRequests(stream).found());
     Exchanges whole(false);
     whole.feed(stream);
     whole.end();
