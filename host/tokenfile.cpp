@@ -96,9 +96,10 @@ static QString whyNoToken(const QByteArray &token)
 {
     if (token.isEmpty())
         return QStringLiteral("is empty");
-    if (!AccessToken::isWellFormed(token))
+    if (!AccessToken::isWellFormed(token)) {
         return QStringLiteral("holds what no token has: only letters, digits and -._~+/ may stand in it, "
                               "and = at its end");
+    }
     if (token.size() < leastCharacters)
         return QStringLiteral("its token is shorter than %1 characters").arg(leastCharacters);
     return {};
