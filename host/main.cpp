@@ -1,5 +1,6 @@
 #include "host.h"
 #include "system/settings.h"
+#include "thrownby.h"
 #include "unixsignals.h"
 
 #include <QCoreApplication>
@@ -7,26 +8,30 @@
 
 #include <cstdio>
 
-static int fail(StartFailure failure)
+static int fail(const StartFailure &failure)
 {
-    failure.text.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    std::fprintf(stderr, "vexo-service: %s\n", qUtf8Printable(failure.text));
+    std::fprintf(stderr, "vexo-service: %s\n", qUtf8Printable(failure.line()));
     return failure.exitStatus;
 }
 
 static int serve(const HostOptions &options)
 {
-    tessel::system::Settings values(QCoreApplication::organizationName(), QCoreApplication::applicationName(),
-                                    tessel::system::Scope::Values(0xf));
-    auto settings = HostSettings::read([&values](const QString &key) { return values.value(key); });
+    std::optional<tessel::system::Settings> values;
+    const auto thrown = thrownBy([&values] {
+        values.emplace(QCoreApplication::organizationName(), QCoreApplication::applicationName(),
+                       tessel::system::Scope::Values(0xf));
+    });
+    if (thrown)
+        return fail({QStringLiteral("settings cannot be read: %1").arg(*thrown)});
+    auto settings = HostSettings::read([&values](const QString &key) { return values->value(key); });
     if (auto *failure = std::get_if<StartFailure>(&settings))
-        return fail(std::move(*failure));
+        return fail(*failure);
 
     const UnixSignals signalsOfTheSystem;
     QObject::connect(&signalsOfTheSystem, &UnixSignals::stopRequested, qApp, &QCoreApplication::quit);
     Host host(options, *std::get_if<HostSettings>(&settings));
     if (auto failure = host.start())
-        return fail(std::move(*failure));
+        return fail(*failure);
     const int status = QCoreApplication::exec();
     host.stop();
     return status;
@@ -46,7 +51,7 @@ int main(int argc, char *argv[])
 
     auto options = HostOptions::parse(QCoreApplication::arguments());
     if (auto *failure = std::get_if<StartFailure>(&options))
-        return fail(std::move(*failure));
+        return fail(*failure);
     const auto *given = std::get_if<HostOptions>(&options);
     if (given->task == HostOptions::Task::Serve)
         return serve(*given);
