@@ -98,6 +98,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(figures.openDescriptors(), descriptors + cap / 2, 30000);
         serve(cap - 1);
         QVERIFY(isProblem(RawClient(host.port()).readUntilClosed(), 503));
+        QVERIFY(waitForLog(host, "All 1000 connections are taken.", 2));
         for (RawClient &client : served) {
             client.send(request);
             QVERIFY(client.readAnswer().startsWith("HTTP/1.1 404 "));
