@@ -49,10 +49,11 @@ struct Listener::Handles
         for (int i = 0; i < acceptsPerTurn; ++i) {
             const int connected = ::accept4(socket, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
             if (connected >= 0) {
-                if (std::exchange(isPaused, false))
-                    qCInfo(serverLogging) << "Accepting resumes.";
                 accepted(connected);
             } else if (errno == EAGAIN) {
+                // Not before all are served who waited: one descriptor more or less is no end of it.
+                if (std::exchange(isPaused, false))
+                    qCInfo(serverLogging) << "Accepting resumes.";
                 return;
             } else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
                 return pause();
