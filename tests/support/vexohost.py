@@ -69,7 +69,7 @@ class Host:
 
     def await_start(self):
         self.log.read_to(b"Listening on 127.0.0.1:")
-        self.port = int(self.log.read_to(b" "))
+        self.port = int(self.log.read_to(b" ").rstrip(","))
 
     def end(self):
         """Ends the host and gives its status and the rest of its log."""
