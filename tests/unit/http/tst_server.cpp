@@ -330,6 +330,26 @@ private Q_SLOTS:
         QTRY_VERIFY((answer += socket->readAll()).endsWith("/own"));
     }
 
+    void ownConnectionsAmongManyRefusedOnesAreServed()
+    {
+        const LogCapture log("ch.tessel.http.server");
+        FunctionGuard guard;
+        int asked = 0;
+        guard.refusalOf = [&](int) { return ++asked <= 100 ? QStringLiteral("Not you.") : QString(); };
+        Limits limits;
+        limits.maxConnections = 1;
+        serve(limits, &guard);
+        // All wait for the same turn, more of them than are told.
+        std::vector<std::unique_ptr<QTcpSocket>> strangers;
+        for (int i = 0; i < 100; ++i)
+            strangers.push_back(client(server->port(), {}));
+        const auto own = client(server->port(), get("/own"));
+        QByteArray answer;
+        QTRY_VERIFY((answer += own->readAll()).endsWith("/own"));
+        QCOMPARE(asked, 101);
+        QCOMPARE(log.lines().size(), 0);
+    }
+
     void theGuardScreensRequests()
     {
         FunctionGuard guard;
