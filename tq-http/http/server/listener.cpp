@@ -49,16 +49,19 @@ struct Listener::Handles
         for (int i = 0; i < acceptsPerTurn; ++i) {
             const int connected = ::accept4(socket, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
             if (connected >= 0) {
-                if (std::exchange(isPaused, false))
-                    qCInfo(serverLogging) << "Accepting resumes.";
                 accepted(connected);
             } else if (errno == EAGAIN) {
-                return;
-            } else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
+                return resume();
+            } else if (errno != ECONNABORTED && errno != EINTR) {
                 return pause();
             }
-            // Any other error is that of one connection, which has gone before it was accepted (accept(2)).
         }
+    }
+
+    void resume()
+    {
+        if (std::exchange(isPaused, false))
+            qCInfo(serverLogging) << "Accepting resumes.";
     }
 
     void pause()
