@@ -1,9 +1,35 @@
 #include "peerlookup.h"
 
+#include <QFile>
+
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
 static constexpr uid_t noUser = static_cast<uid_t>(-1);
+
+static QByteArray contentOf(const char *path)
+{
+    QFile file(QString::fromLatin1(path));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+static std::optional<uid_t> numberOfTheUnmapped()
+{
+    quint64 mapped = 0;
+    for (const QByteArray &range : contentOf("/proc/self/uid_map").split('\n'))
+        mapped += range.simplified().split(' ').value(2).toULongLong();
+    if (mapped >= noUser)
+        return {};
+    static constexpr uid_t usual = 65534;
+    bool isNumber = false;
+    const uid_t number = contentOf("/proc/sys/kernel/overflowuid").trimmed().toUInt(&isNumber);
+    return isNumber ? number : usual;
+}
+
+PeerLookup::PeerLookup()
+    : m_unmapped(numberOfTheUnmapped())
+{
+}
 
 static Peer ofUnix(int socket)
 {
@@ -37,7 +63,8 @@ Peer PeerLookup::of(int socket)
     socklen_t size = sizeof family;
     if (getsockopt(socket, SOL_SOCKET, SO_DOMAIN, &family, &size) != 0)
         return NoPeer::Untold;
-    return family == AF_UNIX ? ofUnix(socket) : ofTcp(socket);
+    const Peer peer = family == AF_UNIX ? ofUnix(socket) : ofTcp(socket);
+    return m_unmapped && peer == Peer(*m_unmapped) ? NoPeer::Untold : peer;
 }
 
 Peer PeerLookup::ofTcp(int socket)

@@ -24,10 +24,15 @@ using Peer = std::variant<uid_t, NoPeer>;
  * loopback may do so from any address of the machine. One with no such end isn't asked about, also if it
  * comes from this machine: such a connection exists only if the host listens beyond the loopback, where a
  * token is asked for. At a unix socket the peer is who connected.
+ *
+ * In a user namespace (user_namespaces(7)) the kernel gives all users who have no number there the same one,
+ * which may be that of a user who has one: it tells of nobody.
  */
 class PeerLookup final
 {
 public:
+    PeerLookup();
+
     /// For a TCP connection one question to the kernel, for a unix socket none. At once.
     [[nodiscard]] Peer of(int socket);
 
@@ -39,4 +44,5 @@ private:
     [[nodiscard]] Peer ofTcp(int socket);
 
     TcpSockets m_sockets;
+    const std::optional<uid_t> m_unmapped; ///< that number; empty if all users have one of their own
 };

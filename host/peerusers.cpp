@@ -78,6 +78,8 @@ QString PeerUsers::refusal(int socket)
     const auto *noPeer = std::get_if<NoPeer>(&peer);
     if (user != nullptr ? admits(*user) : *noPeer == NoPeer::OffLoopback)
         return {};
-    m_log.add(QStringLiteral("Connection refused: ") + (user != nullptr ? reason(*user) : ::reason(*noPeer)));
+    m_log.add([&] {
+        return QStringLiteral("Connection refused: ") + (user != nullptr ? reason(*user) : ::reason(*noPeer));
+    });
     return QStringLiteral("This host serves its own user only.");
 }

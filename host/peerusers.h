@@ -25,7 +25,7 @@ public:
 
     /// Empty for a connection of one of them, and for one that is not asked about, see PeerLookup. Otherwise
     /// one sentence for the client, with the reason in the log. Called with a socket just accepted; at once,
-    /// but for a name in the log, for which the system is asked the first time.
+    /// but for a name that the log tells for the first time, for which the system is asked.
     [[nodiscard]] QString refusal(int socket);
 
 private:
@@ -36,5 +36,5 @@ private:
     const QSet<uid_t> m_allowedUsers;
     RefusalLog &m_log;
     PeerLookup m_lookup;
-    QHash<uid_t, QString> m_names; // of users that were refused
+    QHash<uid_t, QString> m_names; // of users whom the log has told of
 };

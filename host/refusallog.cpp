@@ -22,6 +22,11 @@ RefusalLog::~RefusalLog()
 
 void RefusalLog::add(const QString &what)
 {
+    add([&what] { return what; });
+}
+
+void RefusalLog::add(const std::function<QString()> &what)
+{
     const auto now = m_clock();
     if (now - m_begin >= period || m_lines == 0) {
         tellCount();
@@ -33,7 +38,7 @@ void RefusalLog::add(const QString &what)
         return;
     }
     ++m_lines;
-    qCWarning(accessLogging).noquote() << what;
+    qCWarning(accessLogging).noquote() << what();
 }
 
 void RefusalLog::tellCount()

@@ -24,6 +24,8 @@ public:
 
     /// `what` has no credentials and no line ends.
     void add(const QString &what);
+    /// As above; `what` is asked for only if it is told.
+    void add(const std::function<QString()> &what);
 
 private:
     void tellCount();

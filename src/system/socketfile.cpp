@@ -51,17 +51,16 @@ static int newSocket()
     return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
 }
 
-// Lets one process at a time replace files there, until the descriptor is closed. False if another one does
-// not get done within a second. A directory that cannot be locked is used all the same: two that start at the
-// very same time are rare.
-static bool lock(int directory)
+// Lets one process at a time replace files there, until the descriptor is closed. Nobody needs a second for
+// that: who keeps the directory locked for longer may be another user, and is to keep nothing from starting.
+// A directory that cannot be locked is used as well: two that start at the very same time are rare.
+static void lock(int directory)
 {
     for (int i = 0; i < 1000; ++i) {
         if (flock(directory, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
-            return true;
+            return;
         poll(nullptr, 0, 1);
     }
-    return false;
 }
 
 static const sockaddr *generic(const sockaddr_un &address)
@@ -118,8 +117,7 @@ QString SocketFile::open(const QString &path)
 
     const QByteArray directory = QFile::encodeName(QFileInfo(path).path());
     const Descriptor locked(::open(directory.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!lock(locked.get()))
-        return QStringLiteral("another process keeps its directory locked");
+    lock(locked.get());
     QString occupied = clear(address);
     if (!occupied.isEmpty())
         return occupied;

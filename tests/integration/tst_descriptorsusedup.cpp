@@ -126,6 +126,7 @@ private Q_SLOTS:
                 QCOMPARE(other->round(), QByteArray());
         }
         QVERIFY(waitForLog(*host, " info ch.tessel.http.server: Accepting resumes.\n"));
+        QCOMPARE(host->readLog().count("Accepting"), 2); // however often it paused meanwhile
     }
 };
 

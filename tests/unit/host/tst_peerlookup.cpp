@@ -7,6 +7,7 @@
 #include <QtTest>
 
 #include <netinet/tcp.h>
+#include <sched.h>
 #include <sys/un.h>
 
 Q_DECLARE_METATYPE(NoPeer)
@@ -259,6 +260,43 @@ private Q_SLOTS:
         });
         QCOMPARE(client.result(), QByteArray("0"));
         QVERIFY(PeerLookup().of(listener.accept().get()) == Peer(nobody));
+    }
+
+    // In a user namespace the kernel has one number for all users who have none there.
+    void usersWithoutANumberAreNotToldApart()
+    {
+        if (!OtherUser::isPossible(0))
+            QSKIP("Only root can become another user.");
+        OtherUser elsewhere(0, [] {
+            const TestSocket listener = TestSocket::listening("127.0.0.1");
+            const TestSocket client = TestSocket::connected("127.0.0.1", listener.port());
+            const TestSocket accepted = listener.accept();
+            int ends[2] = {-1, -1};
+            if (!client.isOpen() || socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+                return QByteArray("no connection");
+            const TestSocket here(ends[0]);
+            const TestSocket there(ends[1]);
+            if (unshare(CLONE_NEWUSER) != 0)
+                return QByteArray("no user namespace");
+            if (geteuid() != nobody)
+                return QByteArray("not without a number");
+            for (const TestSocket *socket : {&accepted, &here}) {
+                if (!(PeerLookup().of(socket->get()) == Peer(NoPeer::Untold)))
+                    return QByteArray("taken for the own user");
+            }
+            QFile map(QStringLiteral("/proc/self/uid_map"));
+            if (!map.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || map.write("7 0 1") < 0)
+                return QByteArray("no number");
+            for (const TestSocket *socket : {&accepted, &here}) {
+                if (!(PeerLookup().of(socket->get()) == Peer(uid_t(7))))
+                    return QByteArray("not told by its number");
+            }
+            return QByteArray("told");
+        });
+        const QByteArray result = elsewhere.result();
+        if (result == "no user namespace")
+            QSKIP("This machine has no user namespaces.");
+        QCOMPARE(result, QByteArray("told"));
     }
 
     void whatIsNoSocketHasNoUser() { QVERIFY(PeerLookup().of(-1) == Peer(NoPeer::Untold)); }

@@ -8,6 +8,19 @@
 
 #include <QtTest>
 
+#include <dlfcn.h>
+#include <pwd.h>
+
+static int askedForNames = 0;
+
+// Stands in front of the system's.
+extern "C" int getpwuid_r(uid_t user, passwd *entry, char *buffer, std::size_t size, passwd **found)
+{
+    ++askedForNames;
+    static const auto next = reinterpret_cast<decltype(&getpwuid_r)>(dlsym(RTLD_NEXT, "getpwuid_r"));
+    return next(user, entry, buffer, size, found);
+}
+
 /// Who is admitted, with real connections of this process, of root and of another user.
 class PeerUsersTest : public QObject
 {
@@ -172,6 +185,26 @@ private Q_SLOTS:
         }
         // And one that tells how many more there were.
         QCOMPARE(log.lines().size(), RefusalLog::linesPerPeriod + 1);
+    }
+
+    // To ask may take long, and a user may have many numbers to come by (subuid(5)).
+    void namesAreAskedForOnlyForTheLog()
+    {
+        if (!OtherUser::isPossible(somebody))
+            QSKIP("Only root can become another user.");
+        const TestSocket listener = TestSocket::listening("127.0.0.1");
+        RefusalLog refusals;
+        PeerUsers users(nobody, {}, refusals);
+        askedForNames = 0;
+        for (uid_t i = 0; i < RefusalLog::linesPerPeriod + 5; ++i) {
+            OtherUser other(somebody + i, [&] {
+                TestSocket::connected("127.0.0.1", listener.port()).awaitEnd();
+                return QByteArray();
+            });
+            const TestSocket accepted = listener.accept();
+            QCOMPARE(users.refusal(accepted.get()), sentence);
+        }
+        QCOMPARE(askedForNames, RefusalLog::linesPerPeriod);
     }
 
     void listIsResolved_data()

@@ -72,6 +72,17 @@ private Q_SLOTS:
         QCOMPARE(RefusalLogTest::told(capture), expected);
     }
 
+    void whatIsOnlyCountedIsNotMade()
+    {
+        const LogCapture capture("ch.tessel.vexo-service.access");
+        RefusalLog log(clock());
+        int made = 0;
+        for (int i = 0; i < RefusalLog::linesPerPeriod + 5; ++i)
+            log.add([&] { return QString::number(made++); });
+        QCOMPARE(made, RefusalLog::linesPerPeriod);
+        QCOMPARE(told(capture), numbered(RefusalLog::linesPerPeriod));
+    }
+
     void thePeriodBeginsWithItsFirstLine()
     {
         const LogCapture capture("ch.tessel.vexo-service.access");

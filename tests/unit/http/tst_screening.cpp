@@ -132,6 +132,18 @@ private Q_SLOTS:
         QCOMPARE(served, 2);
     }
 
+    void allThatCameBeforeAHalfCloseIsAnswered()
+    {
+        ConnectionDriver driver(count);
+        driver.screening = turningAway(401);
+        const QByteArray requests = get + strange(get) + get + strange(get);
+        driver.connection.received({requests.constData(), static_cast<std::size_t>(requests.size())});
+        driver.endInput();
+        QCOMPARE(served, 2);
+        QCOMPARE(driver.output.count("HTTP/1.1 401 "), 2);
+        QVERIFY(driver.closed);
+    }
+
     void anAnswerThatIsNotTakenHoldsTheNextRequestBack()
     {
         ConnectionDriver driver(count);

@@ -1,4 +1,5 @@
 #include "logcapture.h"
+#include "testsocket.h"
 #include "unixclient.h"
 
 #include <http/server/answer.h>
@@ -330,6 +331,26 @@ private Q_SLOTS:
         QTRY_VERIFY((answer += socket->readAll()).endsWith("/own"));
     }
 
+    void ownConnectionsAmongManyRefusedOnesAreServed()
+    {
+        const LogCapture log("ch.tessel.http.server");
+        FunctionGuard guard;
+        int asked = 0;
+        guard.refusalOf = [&](int) { return ++asked <= 100 ? QStringLiteral("Not you.") : QString(); };
+        Limits limits;
+        limits.maxConnections = 1;
+        serve(limits, &guard);
+        // All wait for the same turn, more of them than are told.
+        std::vector<std::unique_ptr<QTcpSocket>> strangers;
+        for (int i = 0; i < 100; ++i)
+            strangers.push_back(client(server->port(), {}));
+        const auto own = client(server->port(), get("/own"));
+        QByteArray answer;
+        QTRY_VERIFY((answer += own->readAll()).endsWith("/own"));
+        QCOMPARE(asked, 101);
+        QCOMPARE(log.lines().size(), 0);
+    }
+
     void theGuardScreensRequests()
     {
         FunctionGuard guard;
@@ -537,6 +558,26 @@ private Q_SLOTS:
         QTRY_VERIFY(taken.received().endsWith("/waited"));
         QCOMPARE(log.lines().size(), 2);
         QVERIFY(log.contains(QtInfoMsg, QStringLiteral("Accepting resumes.")));
+    }
+
+    void aSocketThatListensNoMoreDoesNotSpin()
+    {
+        const LogCapture log("ch.tessel.http.server");
+        const TestSocket listener = TestSocket::listening("127.0.0.1");
+        serve();
+        QCOMPARE(server->listen(listener.get()), QString());
+        QCOMPARE(::shutdown(listener.get(), SHUT_RDWR), 0);
+        QTRY_COMPARE(log.lines().size(), 1);
+        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("Accepting pauses: invalid argument")));
+        // The other one is served, and the log says no more.
+        QElapsedTimer time;
+        time.start();
+        while (time.elapsed() < 2 * Listener::pauseTime.count()) {
+            const auto socket = client(server->port(), get("/a"));
+            QByteArray answer;
+            QTRY_VERIFY((answer += socket->readAll()).endsWith("/a"));
+        }
+        QCOMPARE(log.lines().size(), 1);
     }
 
     void aDepartureIsNoticedWithoutADescriptorToWatchItBy()

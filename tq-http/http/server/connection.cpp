@@ -221,7 +221,9 @@ void Connection::readNext()
     m_phase = Phase::Reading;
     startTimer(Timer::Idle);
     // What has answered from inside of consume() goes on there.
-    if (m_waiting.size() > 0 && !m_consuming)
+    if (m_consuming)
+        return;
+    if (m_waiting.size() > 0)
         consumeWaiting();
     if (m_inputEnded && m_phase == Phase::Reading)
         return close();

@@ -51,15 +51,17 @@ struct Listener::Handles
             if (connected >= 0) {
                 accepted(connected);
             } else if (errno == EAGAIN) {
-                // Not before all are served who waited: one descriptor more or less is no end of it.
-                if (std::exchange(isPaused, false))
-                    qCInfo(serverLogging) << "Accepting resumes.";
-                return;
-            } else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
+                return resume();
+            } else if (errno != ECONNABORTED && errno != EINTR) {
                 return pause();
             }
-            // Any other error is that of one connection, which has gone before it was accepted (accept(2)).
         }
+    }
+
+    void resume()
+    {
+        if (std::exchange(isPaused, false))
+            qCInfo(serverLogging) << "Accepting resumes.";
     }
 
     void pause()

@@ -10,9 +10,9 @@ namespace http::server {
 class EventLoopBridge;
 
 /**
- * Accepts the connections of one listening stream socket. When the process has no descriptor or memory left
- * for another one, accepting pauses for `pauseTime` at a time: who has connected waits in the kernel's queue,
- * and nothing spins. Destroying the listener closes its socket.
+ * Accepts the connections of one listening stream socket. Where that fails, such as for want of a descriptor
+ * or of memory, accepting pauses for `pauseTime` at a time: who has connected waits in the kernel's queue,
+ * and nothing spins. It has resumed once nobody waits any more. Destroying the listener closes its socket.
  */
 class Listener final
 {

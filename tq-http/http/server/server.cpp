@@ -13,6 +13,7 @@
 #include <QLoggingCategory>
 
 #include <fcntl.h>
+#include <unistd.h>
 #include <uv.h>
 
 #include <array>
@@ -60,7 +61,8 @@ private:
     void closed(Transport *transport) override;
 
     void accept(int socket);
-    void turnAway(Transport &transport, int status, const QString &reason);
+    void turnAway(int socket, int status, const QString &reason);
+    [[nodiscard]] Transport *open(int socket);
     void deliver();
     void kickIfWaiting();
 
@@ -137,29 +139,39 @@ void Server::Private::closed(Transport *transport)
 
 void Server::Private::accept(int socket)
 {
-    auto owned = std::make_unique<Transport>(m_bridge, m_limits, *this);
-    Transport &transport = *owned;
-    m_transports.emplace(&transport, std::move(owned));
-    if (!transport.open(socket))
-        return transport.connection().abort();
-    if (connectionCount() > m_limits.maxConnections) {
+    if (connectionCount() >= m_limits.maxConnections) {
         if (!std::exchange(m_isFull, true))
             qCWarning(serverLogging) << "All" << m_limits.maxConnections << "connections are taken.";
-        return turnAway(transport, 503, QStringLiteral("There are too many connections."));
+        return turnAway(socket, 503, QStringLiteral("There are too many connections."));
     }
     m_isFull = false;
     const QString refusal = m_guard ? m_guard->refusal(socket) : QString();
     if (!refusal.isEmpty())
-        return turnAway(transport, 403, refusal);
-    transport.start();
+        return turnAway(socket, 403, refusal);
+    if (Transport *transport = open(socket))
+        transport->start();
 }
 
-void Server::Private::turnAway(Transport &transport, int status, const QString &reason)
+void Server::Private::turnAway(int socket, int status, const QString &reason)
 {
-    if (m_refused >= refusalsAtOnce)
-        return transport.connection().abort();
-    ++m_refused;
-    transport.turnAway(status, reason);
+    if (m_refused >= refusalsAtOnce) {
+        ::close(socket);
+    } else if (Transport *transport = open(socket)) {
+        ++m_refused;
+        transport->turnAway(status, reason);
+    }
+}
+
+/// Null if libuv does not want the socket, which is closed then.
+Transport *Server::Private::open(int socket)
+{
+    auto owned = std::make_unique<Transport>(m_bridge, m_limits, *this);
+    Transport *transport = owned.get();
+    m_transports.emplace(transport, std::move(owned));
+    if (transport->open(socket))
+        return transport;
+    transport->connection().abort();
+    return nullptr;
 }
 
 /// Requests and departures reach the application here, in order and never from inside of uv_run(). A handler
