@@ -1,8 +1,25 @@
 #include "originpolicy.h"
 
+#include <QList>
+
+#include <algorithm>
 #include <utility>
 
 using http::server::HeaderFields;
+
+// A page makes the browser send some requests without an Origin, such as those of links and images. Values
+// that are not known yet are to be passed over (Fetch Metadata Request Headers, section 2), but not those
+// that have come into company on the way.
+static bool tellsOfAnotherOrigin(const QByteArray &sites)
+{
+    if (sites.isEmpty())
+        return false;
+    const QList<QByteArray> items = sites.toLower().split(',');
+    return std::any_of(items.cbegin(), items.cend(), [](const QByteArray &item) {
+        const QByteArray site = item.split(';').constFirst().trimmed();
+        return site == "cross-site" || site == "same-site";
+    });
+}
 
 OriginPolicy::OriginPolicy(QVector<Origin> listed, bool listsNull, const AllowedHosts &hosts)
     : m_listed(std::move(listed))
@@ -19,10 +36,8 @@ OriginPolicy::Verdict OriginPolicy::judge(const HeaderFields &headers) const
         if (verdict != Verdict::Own)
             return verdict;
     }
-    // A page makes the browser send some requests without an Origin, such as those of links and images.
-    // Values that are not known yet are to be passed over (Fetch Metadata Request Headers, section 2).
-    const QByteArray site = headers.joined(QByteArrayLiteral("Sec-Fetch-Site"));
-    return site == "cross-site" || site == "same-site" ? Verdict::CrossSite : Verdict::Own;
+    const QByteArray sites = headers.joined(QByteArrayLiteral("Sec-Fetch-Site"));
+    return tellsOfAnotherOrigin(sites) ? Verdict::CrossSite : Verdict::Own;
 }
 
 OriginPolicy::Verdict OriginPolicy::judgeOrigin(const QByteArray &value) const
