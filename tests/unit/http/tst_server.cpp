@@ -351,6 +351,31 @@ private Q_SLOTS:
         QCOMPARE(log.lines().size(), 0);
     }
 
+    void whatARefusedClientSendsIsNotReadWithoutEnd()
+    {
+        FunctionGuard guard;
+        guard.refusalOf = [](int) { return QStringLiteral("Not you."); };
+        serve({}, &guard);
+        TestSocket stranger = TestSocket::connected("127.0.0.1", htons(server->port()));
+        QVERIFY(stranger.isOpen());
+        // Until the server closes, or has taken more than the kernel could keep for it.
+        const QByteArray bytes(1 << 20, 'x');
+        constexpr qint64 tooMuch = 64 << 20;
+        qint64 sent = 0;
+        QTimer flood;
+        connect(&flood, &QTimer::timeout, [&] {
+            const ssize_t size = ::send(stranger.get(), bytes.constData(),
+                                        static_cast<std::size_t>(bytes.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
+            if (size > 0)
+                sent += size;
+            else if (errno != EAGAIN)
+                flood.stop();
+        });
+        flood.start(0);
+        QTRY_VERIFY(!flood.isActive() || sent > tooMuch);
+        QVERIFY2(sent <= tooMuch, qPrintable(QString::number(sent)));
+    }
+
     void theGuardScreensRequests()
     {
         FunctionGuard guard;

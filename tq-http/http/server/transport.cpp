@@ -158,9 +158,13 @@ void Transport::onAllocate(uv_handle_t *handle, std::size_t /*size*/, uv_buf_t *
 
 void Transport::onRead(uv_stream_t *stream, ssize_t size, const uv_buf_t *buffer)
 {
-    Connection &connection = self(reinterpret_cast<uv_handle_t *>(stream)).m_connection;
+    Transport &me = self(reinterpret_cast<uv_handle_t *>(stream));
+    Connection &connection = me.m_connection;
     if (size > 0) {
         connection.received({buffer->base, static_cast<std::size_t>(size)});
+        // Whoever is refused must not keep the loop busy by sending.
+        if (me.m_isRefused && (me.m_ignoredBytes += static_cast<int>(size)) > Connection::maxWaitingBytes)
+            uv_read_stop(stream);
     } else if (size == UV_EOF) {
         connection.endOfInput();
     } else if (size < 0) {

@@ -46,7 +46,7 @@ public:
     [[nodiscard]] bool open(int socket);
     /// Serves the client from now on.
     void start();
-    /// Tells the client that it is not served, and closes.
+    /// Tells the client that it is not served, and closes. Of what it sends, little is read.
     void turnAway(int status, const QString &reason);
     [[nodiscard]] bool isRefused() const { return m_isRefused; }
 
@@ -88,6 +88,7 @@ private:
     int m_openHandles = 2;
     int m_pendingWrites = 0;
     bool m_isRefused = false;
+    int m_ignoredBytes = 0; ///< which the refused client has sent
 };
 
 } // namespace http::server
