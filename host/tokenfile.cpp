@@ -48,14 +48,16 @@ static QString systemError()
 /// Empty if no random bytes are to be had.
 static QByteArray randomLine()
 {
-    QByteArray bytes(static_cast<int>(randomBytes), '\0');
+    std::array<char, randomBytes> bytes{};
     ssize_t got = 0;
     do {
-        got = getrandom(bytes.data(), randomBytes, 0);
+        got = getrandom(bytes.data(), bytes.size(), 0);
     } while (got < 0 && errno == EINTR);
-    if (got != static_cast<ssize_t>(randomBytes))
+    if (got != static_cast<ssize_t>(bytes.size()))
         return {};
-    return bytes.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals) + '\n';
+    return QByteArray::fromRawData(bytes.data(), static_cast<int>(bytes.size()))
+               .toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals)
+           + '\n';
 }
 
 // Puts a new token under a name of its own first. Empty, or why there is none. One that another host has made
