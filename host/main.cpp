@@ -7,10 +7,9 @@
 
 #include <cstdio>
 
-static int fail(StartFailure failure)
+static int fail(const StartFailure &failure)
 {
-    failure.text.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    std::fprintf(stderr, "vexo-service: %s\n", qUtf8Printable(failure.text));
+    std::fprintf(stderr, "vexo-service: %s\n", qUtf8Printable(failure.line()));
     return failure.exitStatus;
 }
 
@@ -20,13 +19,13 @@ static int serve(const HostOptions &options)
                                     tessel::system::Scope::Values(0xf));
     auto settings = HostSettings::read([&values](const QString &key) { return values.value(key); });
     if (auto *failure = std::get_if<StartFailure>(&settings))
-        return fail(std::move(*failure));
+        return fail(*failure);
 
     const UnixSignals signalsOfTheSystem;
     QObject::connect(&signalsOfTheSystem, &UnixSignals::stopRequested, qApp, &QCoreApplication::quit);
     Host host(options, *std::get_if<HostSettings>(&settings));
     if (auto failure = host.start())
-        return fail(std::move(*failure));
+        return fail(*failure);
     const int status = QCoreApplication::exec();
     host.stop();
     return status;
@@ -46,7 +45,7 @@ int main(int argc, char *argv[])
 
     auto options = HostOptions::parse(QCoreApplication::arguments());
     if (auto *failure = std::get_if<StartFailure>(&options))
-        return fail(std::move(*failure));
+        return fail(*failure);
     const auto *given = std::get_if<HostOptions>(&options);
     if (given->task == HostOptions::Task::Serve)
         return serve(*given);

@@ -105,6 +105,10 @@ private Q_SLOTS:
         row("senseless setting", good,
             QStringLiteral("setting ch.tessel.vexo-service/http.maxBodyBytes is \"-1\": must be at least 0"),
             1, "http.maxBodyBytes=-1");
+        row("setting that would end or hide the line", good,
+            QStringLiteral("setting ch.tessel.vexo-service/http.maxBodyBytes is \"1    x\": must be a whole "
+                           "number\n"),
+            1, "http.maxBodyBytes=\"1\\0\\r\\n\\x1bx\"");
         row("port file that cannot be written",
             good + QStringList{QStringLiteral("--port-file=/absent/port")},
             QStringLiteral("port file /absent/port: "));
