@@ -14,7 +14,7 @@ static bool isNumeric(int family, const QString &address)
 std::optional<ListenAddress> ListenAddress::parse(const QString &text)
 {
     static const QRegularExpression form(
-        QStringLiteral(R"(\A(?:\[([0-9A-Fa-f:.]+)\]|([^:\[\]]+)):([0-9]{1,5})\z)"));
+        QStringLiteral(R"(\A(?:\[([0-9A-Fa-f:.]+)\]|([0-9.]+|localhost)):([0-9]{1,5})\z)"));
     const QRegularExpressionMatch match = form.match(text);
     const uint port = match.captured(3).toUInt();
     if (!match.hasMatch() || port > 65535)

@@ -65,6 +65,10 @@ private Q_SLOTS:
                                  "http://127.0.0.1:80",
                                  "127.0.0.1:80:90"})
             QTest::newRow(text) << QString::fromLatin1(text);
+        const QChar nul(QChar::Null);
+        QTest::newRow("NUL behind an IPv4 address") << QStringLiteral("127.0.0.1%1x:80").arg(nul);
+        QTest::newRow("NUL behind a name") << QStringLiteral("localhost%1:80").arg(nul);
+        QTest::newRow("NUL behind an IPv6 address") << QStringLiteral("[::1%1]:80").arg(nul);
     }
     void refuses()
     {
