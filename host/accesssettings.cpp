@@ -58,7 +58,7 @@ static Failure readOrigins(const SettingLookup &lookup, AccessSettings &target)
 
 static Failure readUsers(const SettingLookup &lookup, QStringList &target)
 {
-    static const QRegularExpression name(QStringLiteral(R"(\A[^\s:/*]+\z)"));
+    static const QRegularExpression name(QStringLiteral(R"(\A[^\s:/*\x{0}]+\z)"));
     const QString form = QStringLiteral("no name or number of a user");
     return readList(SettingValue(lookup, usersKey), form, [&](const QString &entry) {
         target.append(entry);
@@ -90,6 +90,9 @@ static Failure readPath(const SettingValue &value, QString &target)
         return value.senseless(QStringLiteral("must be an absolute path; ~ is not expanded"));
     if (!target.startsWith(QLatin1Char('/')))
         return value.senseless(QStringLiteral("must be an absolute path"));
+    // The system would take what is in front of it for the whole.
+    if (target.contains(QChar::Null))
+        return value.senseless(QStringLiteral("must not have a NUL in it"));
     return {};
 }
 

@@ -33,6 +33,8 @@ std::variant<HostSettings, StartFailure> HostSettings::read(const Lookup &lookup
     if (directories.isSet()
         && (settings.pluginDirectories.isEmpty() || settings.pluginDirectories.contains(QString())))
         return directories.senseless(QStringLiteral("must name a directory"));
+    if (directories.text().contains(QChar::Null))
+        return directories.senseless(QStringLiteral("must not have a NUL in it"));
     return settings;
 }
 

@@ -119,6 +119,9 @@ private Q_SLOTS:
         for (const char *user : {"*", "a b", "a:b", "a/b"})
             row("http.allowedUsers", user, user);
         row("http.allowedUsers", "anna,,berta", "");
+        // The system would know this one as "anna".
+        const QString nul = QStringLiteral("anna%1b").arg(QChar(QChar::Null));
+        QTest::newRow("user with a NUL") << QByteArray("http.allowedUsers") << nul << nul;
     }
     void senselessEntriesAreNamedWithTheReason()
     {
@@ -157,6 +160,9 @@ private Q_SLOTS:
             QTest::addRow("%s, two", key)
                 << QByteArray(key) << QVariant(list("/a,/b"))
                 << QStringLiteral("\"/a, /b\": must be one path; in quotes, it may have a comma");
+            const QString nul = QStringLiteral("/a%1b").arg(QChar(QChar::Null));
+            QTest::addRow("%s, NUL", key) << QByteArray(key) << QVariant(nul)
+                                          << QStringLiteral("\"%1\": must not have a NUL in it").arg(nul);
         }
     }
     void senselessValuesAreNamedWithTheReason()

@@ -80,6 +80,9 @@ private Q_SLOTS:
         row("http.listen", "everywhere", "must be ADDRESS:PORT");
         row("http.listen", "", "must be ADDRESS:PORT");
         row("plugins.directory", "", "must name a directory");
+        QTest::newRow("plugins.directory with a NUL")
+            << "plugins.directory" << QStringLiteral("/a%1b").arg(QChar(QChar::Null))
+            << "must not have a NUL in it";
     }
     void senselessValuesAreNamedWithTheReason()
     {
