@@ -111,6 +111,9 @@ QString SocketFile::open(const QString &path)
     address.sun_family = AF_UNIX;
     if (name.size() >= static_cast<int>(sizeof address.sun_path))
         return QStringLiteral("the path is longer than %1 bytes").arg(sizeof address.sun_path - 1);
+    // It would end the path, or, in front, name a socket that has no file and is open to everybody.
+    if (name.contains('\0'))
+        return QStringLiteral("the path has a NUL in it");
     std::memcpy(address.sun_path, name.constData(), static_cast<std::size_t>(name.size()));
 
     const QByteArray directory = QFile::encodeName(QFileInfo(path).path());

@@ -213,6 +213,10 @@ private Q_SLOTS:
             << dir.filePath(QStringLiteral("absent/a.sock")) << QStringLiteral("No such file or directory");
         QTest::newRow("too long") << QString(108, QLatin1Char('x'))
                                   << QStringLiteral("the path is longer than 107 bytes");
+        const QString why = QStringLiteral("the path has a NUL in it");
+        const QChar nul(QChar::Null);
+        QTest::newRow("NUL") << dir.filePath(QStringLiteral("a%1b").arg(nul)) << why;
+        QTest::newRow("NUL in front, which is no file") << QStringLiteral("%1a").arg(nul) << why;
     }
     void placeThatCannotBeTellsWhy()
     {
