@@ -11,6 +11,13 @@ SettingValue::SettingValue(const SettingLookup &lookup, const char *key)
 {
 }
 
+QStringList SettingValue::list() const
+{
+    if (!isSet() || m_value.canConvert<QStringList>())
+        return m_value.toStringList();
+    return {m_value.toString()};
+}
+
 StartFailure SettingValue::senseless(const QString &why) const
 {
     return {QStringLiteral("setting %1 is \"%2\": %3").arg(fullKey(m_key), text(), why)};

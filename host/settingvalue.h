@@ -21,7 +21,9 @@ public:
 
     /// The value as one text. One that is a list, as an .ini value with a comma is, comes joined with ", ".
     [[nodiscard]] QString text() const { return list().join(QStringLiteral(", ")); }
-    [[nodiscard]] QStringList list() const { return m_value.toStringList(); }
+    /// Empty if nothing is set. One that is neither text nor list, such as `@ByteArray(a)`, counts as the
+    /// text that it stands for.
+    [[nodiscard]] QStringList list() const;
 
     /// A failure that names the key, the value and why it makes no sense.
     [[nodiscard]] StartFailure senseless(const QString &why) const;

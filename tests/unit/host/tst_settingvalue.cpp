@@ -31,6 +31,9 @@ private Q_SLOTS:
         QTest::newRow("empty") << QVariant(QString(QLatin1String(""))) << QStringList{QString()} << "";
         const QStringList two{QStringLiteral("a"), QStringLiteral("b")};
         QTest::newRow("with a comma") << QVariant(two) << two << "a, b";
+        QTest::newRow("bytes") << QVariant(QByteArray("a, b")) << QStringList{QStringLiteral("a, b")}
+                               << "a, b";
+        QTest::newRow("number") << QVariant(7) << QStringList{QStringLiteral("7")} << "7";
     }
     void aValueIsATextAndAList()
     {
