@@ -1,5 +1,6 @@
 #include "host.h"
 #include "system/settings.h"
+#include "thrownby.h"
 #include "unixsignals.h"
 
 #include <QCoreApplication>
@@ -15,9 +16,14 @@ static int fail(const StartFailure &failure)
 
 static int serve(const HostOptions &options)
 {
-    tessel::system::Settings values(QCoreApplication::organizationName(), QCoreApplication::applicationName(),
-                                    tessel::system::Scope::Values(0xf));
-    auto settings = HostSettings::read([&values](const QString &key) { return values.value(key); });
+    std::optional<tessel::system::Settings> values;
+    const auto thrown = thrownBy([&values] {
+        values.emplace(QCoreApplication::organizationName(), QCoreApplication::applicationName(),
+                       tessel::system::Scope::Values(0xf));
+    });
+    if (thrown)
+        return fail({QStringLiteral("settings cannot be read: %1").arg(*thrown)});
+    auto settings = HostSettings::read([&values](const QString &key) { return values->value(key); });
     if (auto *failure = std::get_if<StartFailure>(&settings))
         return fail(*failure);
 

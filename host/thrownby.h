@@ -5,8 +5,8 @@
 #include <exception>
 #include <optional>
 
-/// Runs `function`, which calls into a plug-in, and keeps what it throws from going further. Returns what was
-/// thrown, for the log, or nothing if all went well.
+/// Runs `function`, which calls into a plug-in or what else may throw, and keeps what it throws from going
+/// further. Returns what was thrown, for the log, or nothing if all went well.
 template <typename Function>
 [[nodiscard]] std::optional<QString> thrownBy(Function &&function)
 {

@@ -21,7 +21,8 @@ public:
     /// executable, the system scope of QSettings, the file in the system-wide configuration directory, the
     /// user scope of QSettings. Then, with any scopes, the file that the environment variable
     /// TS_SETTINGS_INI_FILE names, if its name ends in ".ini". The stronger wins key by key. A file that
-    /// cannot be read has no keys.
+    /// cannot be read has no keys; one whose "@Variant()" claims to hold more than there is memory for throws
+    /// std::bad_alloc.
     Settings(const QString &organization, const QString &application, QFlags<Scope::Value> scopes);
 
     /// The value of a key with its group, such as "ch.tessel.system/path.logging", usually as text; invalid
