@@ -24,6 +24,8 @@ private Q_SLOTS:
         row("paragraph separator", 0x2029);
         QTest::newRow("several") << "a\r\n\nb"
                                  << "a   b";
+        const QString lone = QStringLiteral("%1a").arg(QChar(0xd800));
+        QTest::newRow("beside a lone surrogate") << lone + QLatin1Char('\n') << lone + QLatin1Char(' ');
         const QString plain = QString::fromUtf8("b\xc3\xbcro \xf0\x9f\x98\x80 \"x, y\": why");
         QTest::newRow("nothing to replace") << plain << plain;
     }
