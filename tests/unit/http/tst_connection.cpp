@@ -254,7 +254,7 @@ private Q_SLOTS:
         QTest::newRow("bare CR in an extension") << chunked + "1;a\rb\r\n" << 400;
         QTest::newRow("line end in a quoted extension") << chunked + "1;a=\"\r\n\"\r\n" << 400;
         QTest::newRow("bare LF after a chunk") << chunked + "1\r\na\n0\r\n\r\n" << 400;
-        QTest::newRow("declared body too large") << post + "Content-Length: 67108865\r\n" << 413;
+        QTest::newRow("declared body too large") << post + "Content-Length: 67108865\r\n\r\n" << 413;
         QTest::newRow("declared chunk too large") << chunked + "4000001\r\n" << 413;
         QTest::newRow("chunk size beyond 64 bits") << chunked + "FFFFFFFFFFFFFFFFF\r\n" << 400;
         QTest::newRow("chunk size is no number") << chunked + "x\r\n" << 400;

@@ -181,6 +181,27 @@ private Q_SLOTS:
         QVERIFY(driver.output.contains("\r\nVary: Origin\r\n"));
     }
 
+    void itIsAskedBeforeTheSizeOfTheBody()
+    {
+        ConnectionDriver driver(count);
+        driver.screening = [](auto, const HeaderFields &headers) {
+            Screening screening = turningAway(421)(Request::HttpMethod::Put, headers);
+            screening.fields = {{"Vary", "Origin"}};
+            return screening;
+        };
+        const QByteArray request =
+            "PUT / HTTP/1.1\r\n" + host + "Expect: 100-continue\r\nContent-Length: 60000000000\r\n\r\n";
+        driver.feed(strange(request));
+        QVERIFY(driver.output.startsWith("HTTP/1.1 421 "));
+
+        ConnectionDriver admitted(count);
+        admitted.screening = driver.screening;
+        admitted.feed(request);
+        QVERIFY(admitted.output.startsWith("HTTP/1.1 413 "));
+        QVERIFY(admitted.output.contains("\r\nVary: Origin\r\n"));
+        QVERIFY(admitted.outputEnded);
+    }
+
     void whatIsMalformedIsNotScreened()
     {
         ConnectionDriver driver(count);

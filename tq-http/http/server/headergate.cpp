@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 namespace http::server {
 
@@ -59,6 +60,7 @@ void HeaderGate::begin(Section section)
     m_hasHost = false;
     m_isChunked = false;
     m_hasContentLength = false;
+    m_isBodyTooLarge = false;
 }
 
 Verdict HeaderGate::scan(std::string_view bytes)
@@ -179,10 +181,12 @@ Verdict HeaderGate::checkContentLength(std::string_view value)
     m_hasContentLength = true;
     std::int64_t length = 0;
     for (const char digit : value) {
-        length = length * 10 + (digit - '0');
-        if (length > m_limits.maxBodyBytes)
+        // The parser has no number for it.
+        if (length > std::numeric_limits<std::int64_t>::max() / 10 - 1)
             return refuse(413, "The body is too large.");
+        length = length * 10 + (digit - '0');
     }
+    m_isBodyTooLarge = length > m_limits.maxBodyBytes;
     return Verdict::Incomplete;
 }
 

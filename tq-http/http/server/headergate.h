@@ -33,6 +33,9 @@ public:
     /// The size of a complete section, its empty line included.
     [[nodiscard]] std::size_t length() const { return m_lineBegin; }
 
+    /// A complete head tells of a body that is larger than the limit: 413, after whatever else is to be said.
+    [[nodiscard]] bool isBodyTooLarge() const { return m_isBodyTooLarge; }
+
     /// Why the section was refused: the status to answer, and a sentence.
     [[nodiscard]] int status() const { return m_status; }
     [[nodiscard]] const char *reason() const { return m_reason; }
@@ -56,6 +59,7 @@ private:
     bool m_hasHost = false;
     bool m_isChunked = false;
     bool m_hasContentLength = false;
+    bool m_isBodyTooLarge = false;
     int m_status = 0;
     const char *m_reason = "";
 };

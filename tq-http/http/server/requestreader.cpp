@@ -51,7 +51,7 @@ RequestReader::Outcome RequestReader::readSection(std::string_view bytes, std::s
         return follow(RequestParser::Step::Malformed);
     if (!isHead)
         return follow(step);
-    m_afterHead = step;
+    m_afterHead = m_gate.isBodyTooLarge() ? RequestParser::Step::BodyTooLarge : step;
     return Outcome::HeadRead;
 }
 
