@@ -117,7 +117,7 @@ QString AccessSettings::describe()
            + describeSetting(originsKey, {}, "origins whose web pages may send requests; else 403")
            + describeSetting(usersKey, {}, "users beside the own one and root who are served; else 403")
            + describeSetting(sameUserKey, QStringLiteral("on"),
-                             "off serves all users of the machine, whoever they are")
+                             "off serves all users of the machine at the port, whoever they are")
            + describeSetting(tokenFileKey, {},
                              "file with the bearer token that each request must show; else 401")
            + describeSetting(socketKey, {}, "unix socket that is served too");

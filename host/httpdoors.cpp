@@ -40,6 +40,13 @@ static bool hasIpv6Loopback()
     return isThere;
 }
 
+static bool isUnixSocket(int socket)
+{
+    int family = AF_UNSPEC;
+    socklen_t size = sizeof family;
+    return ::getsockopt(socket, SOL_SOCKET, SO_DOMAIN, &family, &size) == 0 && family == AF_UNIX;
+}
+
 HttpDoors::HttpDoors(RequestHandler &handler)
     : m_handler(handler)
 {
@@ -65,15 +72,14 @@ std::optional<StartFailure> HttpDoors::open(const ListenAddress &address, const 
 
 std::optional<StartFailure> HttpDoors::makeGuard(const HostSettings &settings)
 {
-    HostGuard::PeerCheck peerCheck;
-    if (settings.access.sameUser) {
-        auto users = PeerUsers::resolve(settings.access.allowedUsers);
-        if (auto *failure = std::get_if<StartFailure>(&users))
-            return std::move(*failure);
-        m_users =
-            std::make_unique<PeerUsers>(::geteuid(), std::get<QSet<uid_t>>(std::move(users)), m_refusals);
-        peerCheck = [this](int socket) { return m_users->refusal(socket); };
-    }
+    auto users = PeerUsers::resolve(settings.access.allowedUsers);
+    if (auto *failure = std::get_if<StartFailure>(&users))
+        return std::move(*failure);
+    m_users = std::make_unique<PeerUsers>(::geteuid(), std::get<QSet<uid_t>>(std::move(users)), m_refusals);
+    // Of a unix socket the kernel can always tell.
+    auto peerCheck = [this, isAsked = settings.access.sameUser](int socket) {
+        return isAsked || isUnixSocket(socket) ? m_users->refusal(socket) : QString();
+    };
     std::optional<AccessToken> token;
     if (!settings.access.tokenFile.isEmpty()) {
         auto read = readTokenFile(settings.access.tokenFile);

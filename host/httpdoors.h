@@ -48,7 +48,7 @@ private:
 
     http::server::RequestHandler &m_handler;
     RefusalLog m_refusals;
-    std::unique_ptr<PeerUsers> m_users; ///< null: all users of this machine
+    std::unique_ptr<PeerUsers> m_users;
     std::unique_ptr<HostGuard> m_guard;
     std::unique_ptr<http::server::Server> m_server;
     std::unique_ptr<tessel::system::SocketFile> m_socketFile;

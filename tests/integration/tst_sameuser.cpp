@@ -265,7 +265,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("isServed");
         QTest::newRow("other user") << QByteArray() << false;
         QTest::newRow("listed user") << QByteArray("http.allowedUsers=nobody\n") << true;
-        QTest::newRow("anybody") << QByteArray("http.sameUser=off\n") << true;
+        QTest::newRow("anybody at the port alone") << QByteArray("http.sameUser=off\n") << false;
     }
     void userOfTheUnixSocketIsAskedForToo()
     {
