@@ -2,6 +2,7 @@
 
 #include <QFile>
 
+#include <limits>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
@@ -18,7 +19,8 @@ static std::optional<uid_t> numberOfTheUnmapped()
     quint64 mapped = 0;
     for (const QByteArray &range : contentOf("/proc/self/uid_map").split('\n'))
         mapped += range.simplified().split(' ').value(2).toULongLong();
-    if (mapped >= noUser)
+    static constexpr quint64 allNumbers = std::numeric_limits<uid_t>::max();
+    if (mapped >= allNumbers)
         return {};
     static constexpr uid_t usual = 65534;
     bool isNumber = false;

@@ -28,6 +28,12 @@
 // An input that is JSON is one chunk; any other grows some. All go to the whole set of behaviours over a
 // store with some contexts; debug lines are on if the input has an odd number of bytes.
 
+// Qt 5.15 loses an object or an array whose key comes again later in the same object.
+extern "C" const char *__asan_default_options() // NOLINT(bugprone-reserved-identifier)
+{
+    return "detect_leaks=0";
+}
+
 namespace {
 
 void require(bool holds)

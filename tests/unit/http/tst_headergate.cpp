@@ -183,6 +183,33 @@ private Q_SLOTS:
         }
     }
 
+    void ofTwoLimitsTheOneMetFirstCounts_data()
+    {
+        QTest::addColumn<int>("methodLength");
+        QTest::addColumn<int>("status");
+        QTest::newRow("target") << 29 << 414;
+        QTest::newRow("header block") << 30 << 431;
+        QTest::newRow("header block, far from the target") << 60 << 431;
+    }
+    void ofTwoLimitsTheOneMetFirstCounts()
+    {
+        QFETCH(int, methodLength);
+        QFETCH(int, status);
+        Limits limits;
+        limits.maxTargetBytes = 9;
+        limits.maxHeaderBytes = 40;
+        const QByteArray head = QByteArray(methodLength, 'M') + " /" + QByteArray(50, 'a');
+        HeaderGate whole{limits};
+        whole.begin(HeaderGate::Section::Head);
+        QCOMPARE(whole.scan(view(head)), Verdict::Refused);
+        QCOMPARE(whole.status(), status);
+        HeaderGate pieces{limits};
+        pieces.begin(HeaderGate::Section::Head);
+        for (int size = 1; size <= head.size() && pieces.scan(view(head.left(size))) == Verdict::Incomplete;)
+            ++size;
+        QCOMPARE(pieces.status(), status);
+    }
+
     void targetLimitIsExact()
     {
         Limits limits;

@@ -85,7 +85,8 @@ Verdict HeaderGate::scan(std::string_view bytes)
 
 Verdict HeaderGate::checkSize(std::string_view bytes)
 {
-    const auto line = bytes.substr(m_lineBegin);
+    // Of two limits the one that is met first counts, however many bytes come at a time.
+    const auto line = bytes.substr(0, static_cast<std::size_t>(m_limits.maxHeaderBytes)).substr(m_lineBegin);
     if (m_atRequestLine && line.size() > static_cast<std::size_t>(m_limits.maxTargetBytes)) {
         const auto targetBegin = line.find(' ') + 1;
         if (targetBegin != 0) {
