@@ -5,15 +5,16 @@
 
 #include <cerrno>
 #include <pwd.h>
+#include <vector>
 
 // Calls `ask` with ever more room for the strings of the entry. What it returns in the end: 0 or an error.
 template <typename Ask>
-static int askForEntry(QByteArray &strings, const Ask &ask)
+static int askForEntry(std::vector<char> &strings, const Ask &ask)
 {
-    static constexpr int most = 1 << 24;
-    for (int size = 1024; size <= most; size *= 4) {
+    static constexpr std::size_t most = 1 << 24;
+    for (std::size_t size = 1024; size <= most; size *= 4) {
         strings.resize(size);
-        const int error = ask(strings.data(), static_cast<std::size_t>(size));
+        const int error = ask(strings.data(), size);
         if (error != ERANGE)
             return error;
     }
@@ -23,7 +24,7 @@ static int askForEntry(QByteArray &strings, const Ask &ask)
 std::optional<uid_t> userOfName(const QString &name, QString &why)
 {
     const QByteArray wanted = QFile::encodeName(name);
-    QByteArray strings;
+    std::vector<char> strings;
     passwd entry{};
     passwd *found = nullptr;
     const int error = askForEntry(strings, [&](char *buffer, std::size_t size) {
@@ -41,7 +42,7 @@ std::optional<uid_t> userOfName(const QString &name, QString &why)
 
 QString nameOfUser(uid_t user)
 {
-    QByteArray strings;
+    std::vector<char> strings;
     passwd entry{};
     passwd *found = nullptr;
     askForEntry(strings, [&](char *buffer, std::size_t size) {
