@@ -27,6 +27,7 @@ from clients.unanswered import UnansweredClient
 from clients.watcher import Watcher
 from course import Course
 from host import Host
+from httpclient import Connection
 from judge import Judge
 from ledger import Ledger
 from sampling import Sampler, open_descriptors, processor_seconds
@@ -81,7 +82,11 @@ class Run:
         self.host = Host(arguments, directory, self.course, self.tally, self.judge)
         self.host.await_start()
         self.process = self.host.process.pid
-        self.descriptors_at_start = open_descriptors(self.process)
+        # The event loop opens one of its own with the first connection.
+        first = Connection(self.host.port)
+        first.ask("GET", "/context/none")
+        self.descriptors_at_start = open_descriptors(self.process) - 1
+        first.close()
         self.sampler = Sampler(self.process, self.course, self.tally, self.ledger)
         scene = Scene(self.host, self.course, self.tally, self.ledger, Creations(), arguments.seed)
         self.clients = [kind(scene, name) for name, kind in CLIENTS if name in arguments.only]

@@ -16,6 +16,9 @@ PROVOKED = {
     "Unexpected invalid date format found in string: ": "messages with a wrong date",
 }
 
+# How many clients leave before the host has accepted them is nobody's to say.
+DOOR = re.compile(r"Connection refused: its client has closed it\b.*|Refused \d+ more within that minute\.")
+
 
 class Judge:
     def __init__(self, ledger):
@@ -36,6 +39,8 @@ class Judge:
         expiry = EXPIRY.match(text)
         if kind == "warning" and expiry:
             self.ledger.expire(expiry[1])
+            return
+        if kind == "warning" and DOOR.fullmatch(text):
             return
         for begin, name in PROVOKED.items():
             if kind == "warning" and text.startswith(begin):
