@@ -115,18 +115,24 @@ private Q_SLOTS:
             QVERIFY2(growth <= clientCount * bytesAConnection, qPrintable(QString::number(growth)));
     }
 
-    // Each makes room for one that waits.
+    // Each makes room for one that waits. After the last of these as many are open as can be.
     void clientsThatLeaveMakeRoomForThoseThatWait()
     {
+        const int lastRound = clientCount - served;
         for (int i = 0; i < clientCount; ++i) {
             if (i >= served)
                 verifyAnswer(clients[static_cast<std::size_t>(i)]);
-            clients[static_cast<std::size_t>(i)].close();
+            if (i < lastRound)
+                clients[static_cast<std::size_t>(i)].close();
             if (i % 10 == 0)
                 QCOMPARE(other->round(), QByteArray());
         }
+        QCOMPARE(host->readLog().count("Accepting"), 1); // however often it paused meanwhile
+
+        // Nobody connects any more: it is enough that there is room for somebody.
+        clients[static_cast<std::size_t>(lastRound)].close();
         QVERIFY(waitForLog(*host, " info ch.tessel.http.server: Accepting resumes.\n"));
-        QCOMPARE(host->readLog().count("Accepting"), 2); // however often it paused meanwhile
+        QCOMPARE(host->readLog().count("Accepting"), 2);
     }
 };
 

@@ -33,10 +33,10 @@ struct Listener::Handles
         timer.data = this;
         uv_poll_init(bridge.loop(), &poll, socket);
         uv_timer_init(bridge.loop(), &timer);
-        listen();
+        watch();
     }
 
-    void listen()
+    void watch()
     {
         uv_poll_start(&poll, UV_READABLE, [](uv_poll_t *handle, int /*status*/, int /*events*/) {
             static_cast<Handles *>(handle->data)->acceptAll();
@@ -70,7 +70,13 @@ struct Listener::Handles
             qCWarning(serverLogging) << "Accepting pauses:" << uv_strerror(uv_translate_sys_error(errno));
         uv_poll_stop(&poll);
         bridge.startTimer(
-            &timer, [](uv_timer_t *handle) { static_cast<Handles *>(handle->data)->listen(); }, pauseTime);
+            &timer, [](uv_timer_t *handle) { static_cast<Handles *>(handle->data)->tryAgain(); }, pauseTime);
+    }
+
+    void tryAgain()
+    {
+        watch();
+        acceptAll(); // although nobody may wait, of which the watch would not tell
     }
 
     void close()

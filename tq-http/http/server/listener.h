@@ -12,7 +12,8 @@ class EventLoopBridge;
 /**
  * Accepts the connections of one listening stream socket. Where that fails, such as for want of a descriptor
  * or of memory, accepting pauses for `pauseTime` at a time: who has connected waits in the kernel's queue,
- * and nothing spins. It has resumed once nobody waits any more. Destroying the listener closes its socket.
+ * and nothing spins. It has resumed once nobody waits any more and somebody could be accepted. Destroying the
+ * listener closes its socket.
  */
 class Listener final
 {
