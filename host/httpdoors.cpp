@@ -2,6 +2,7 @@
 
 #include "hostsettings.h"
 #include "listenaddress.h"
+#include "system/descriptor.h"
 #include "tokenfile.h"
 
 #include <QLoggingCategory>
@@ -14,6 +15,7 @@
 
 using http::server::RequestHandler;
 using http::server::Server;
+using tessel::system::Descriptor;
 using tessel::system::SocketFile;
 
 static const QLoggingCategory &hostLogging()
@@ -32,12 +34,9 @@ static bool hasIpv6Loopback()
     sockaddr_in6 loopback{};
     loopback.sin6_family = AF_INET6;
     loopback.sin6_addr = in6addr_loopback;
-    const int socket = ::socket(AF_INET6, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (socket < 0)
-        return false;
-    const bool isThere = ::bind(socket, reinterpret_cast<const sockaddr *>(&loopback), sizeof loopback) == 0;
-    ::close(socket);
-    return isThere;
+    const Descriptor socket(::socket(AF_INET6, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    return socket.isOpen()
+           && ::bind(socket.get(), reinterpret_cast<const sockaddr *>(&loopback), sizeof loopback) == 0;
 }
 
 static bool isUnixSocket(int socket)

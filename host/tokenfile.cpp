@@ -1,6 +1,7 @@
 #include "tokenfile.h"
 
 #include "accesstoken.h"
+#include "system/descriptor.h"
 
 #include <QFile>
 
@@ -11,34 +12,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using tessel::system::Descriptor;
+
 static constexpr int leastCharacters = 32;
 static constexpr int mostBytes = 1024;
 static constexpr std::size_t randomBytes = 32;
-
-namespace {
-
-class Descriptor final
-{
-public:
-    explicit Descriptor(int number)
-        : m_number(number)
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_number >= 0)
-            close(m_number);
-    }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-
-    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
-    [[nodiscard]] int get() const { return m_number; }
-
-private:
-    const int m_number;
-};
-
-} // namespace
 
 static QString systemError()
 {

@@ -1,5 +1,7 @@
 #include "socketfile.h"
 
+#include "descriptor.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -12,34 +14,8 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
-#include <utility>
 
 namespace tessel::system {
-
-namespace {
-
-class Descriptor final
-{
-public:
-    explicit Descriptor(int number)
-        : m_number(number)
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_number >= 0)
-            close(m_number);
-    }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-
-    [[nodiscard]] int get() const { return m_number; }
-    [[nodiscard]] int release() { return std::exchange(m_number, -1); }
-
-private:
-    int m_number;
-};
-
-} // namespace
 
 static QString failure()
 {
@@ -79,7 +55,7 @@ static QString clear(const sockaddr_un &address)
     if (!S_ISSOCK(file.st_mode))
         return QStringLiteral("it exists and is no socket");
     const Descriptor probe(newSocket());
-    if (probe.get() < 0)
+    if (!probe.isOpen())
         return failure();
     // A queue that is full gives EAGAIN: somebody lives there, if only slowly.
     if (connect(probe.get(), generic(address), sizeof address) == 0 || errno == EAGAIN)

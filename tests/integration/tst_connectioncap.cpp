@@ -16,8 +16,6 @@ constexpr int attemptsAWave = 1000;
 constexpr int waves = 19;
 /// Those beyond the cap that are told so at one time.
 constexpr int toldAtOnce = 64;
-/// What a connection may cost, as for a poll that is parked.
-constexpr qint64 bytesAConnection = 4096;
 
 const QByteArray request = "GET /context/absent HTTP/1.1\r\nHost: localhost\r\n\r\n";
 
@@ -86,9 +84,7 @@ private Q_SLOTS:
             drainLog(host);
         }
         // That of those within the cap; the others leave nothing behind.
-        const qint64 growth = figures.peakBytes() - before;
-        if (!isSanitized)
-            QVERIFY2(growth <= cap * bytesAConnection, qPrintable(QString::number(growth)));
+        verifyMemoryGrowth(figures.peakBytes() - before, cap * bytesAConnection);
         QVERIFY(waitForLog(host, "All 1000 connections are taken."));
         QCOMPARE(host.readLog().count("connections are taken"), 1); // however many come
 

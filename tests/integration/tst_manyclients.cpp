@@ -94,10 +94,7 @@ private Q_SLOTS:
         }
         QVERIFY2(sent < total, "The host has read everything although nobody reads its answers.");
         QVERIFY(ask(request).startsWith("HTTP/1.1 200 "));
-        const qint64 growth = figures.residentBytes() - before;
-        if (isSanitized)
-            QSKIP("Memory says nothing under the address sanitizer.");
-        QVERIFY2(growth <= 4 << 20, qPrintable(QString::number(growth)));
+        verifyMemoryGrowth(figures.residentBytes() - before, 4 << 20);
     }
 };
 

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QList>
+#include <QtTest>
 
 #include <chrono>
 #include <sys/resource.h>
@@ -16,6 +17,16 @@ static constexpr bool isSanitized = true;
 #else
 static constexpr bool isSanitized = false;
 #endif
+
+/// What a connection may cost the host in bytes, as for a poll that is parked, beside what waits on it.
+static constexpr qint64 bytesAConnection = 4096;
+
+/// Fails the test if the memory of a process has grown by more than `bound` bytes.
+inline void verifyMemoryGrowth(qint64 growth, qint64 bound)
+{
+    if (!isSanitized)
+        QVERIFY2(growth <= bound, qPrintable(QString::number(growth)));
+}
 
 /// What the kernel tells of another process. The process exists.
 class ProcessFigures final
