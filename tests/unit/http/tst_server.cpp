@@ -13,6 +13,7 @@
 #include <QEventLoop>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QThread>
 #include <QTimer>
 #include <QtTest>
 
@@ -518,6 +519,38 @@ private Q_SLOTS:
         const auto socket = client(server->port(), bytes);
         QTRY_COMPARE(socket->state(), QAbstractSocket::UnconnectedState);
         QCOMPARE(socket->readAll().left(answer.isEmpty() ? 1 : answer.size()), answer);
+    }
+
+    void whoSpeaksWhileTheApplicationIsBusyIsInTime_data()
+    {
+        QTest::addColumn<QByteArray>("begin");
+        QTest::addColumn<QByteArray>("rest");
+        QTest::newRow("idle") << QByteArray() << get("/late");
+        QTest::newRow("headers") << QByteArray("GET /late HTTP/1.1\r\nHost: a\r\n") << QByteArray("\r\n");
+        QTest::newRow("body") << QByteArray("PUT /late HTTP/1.1\r\nHost: a\r\nContent-Length: 2\r\n\r\nx")
+                              << QByteArray("y");
+    }
+    void whoSpeaksWhileTheApplicationIsBusyIsInTime()
+    {
+        QFETCH(QByteArray, begin);
+        QFETCH(QByteArray, rest);
+        Limits limits;
+        limits.headerTimeout = limits.bodyTimeout = limits.idleTimeout = std::chrono::milliseconds(500);
+        std::unique_ptr<QTcpSocket> speaker;
+        handler.function = [&](const RequestPointer &request, const ResponsePointer &response) {
+            if (request->url().path() == QLatin1String("/busy")) {
+                speaker->write(rest);
+                QVERIFY(speaker->flush());
+                QThread::sleep(1);
+            }
+            response->end(request->url().path().toUtf8() + request->body());
+        };
+        serve(limits);
+        speaker = client(server->port(), begin);
+        const auto busy = client(server->port(), get("/busy"));
+        QByteArray answer;
+        QTRY_VERIFY((answer += speaker->readAll()).contains("\r\n\r\n/late"));
+        QVERIFY2(answer.startsWith("HTTP/1.1 200 "), answer.constData());
     }
 
     void largeBodiesGoBothWays()

@@ -3,6 +3,7 @@
 #include "eventloopbridge.h"
 #include "hangupwatch.h"
 
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
@@ -191,7 +192,23 @@ void Transport::onShutdown(uv_shutdown_t *request, int /*status*/)
 
 void Transport::onTimeout(uv_timer_t *timer)
 {
-    self(reinterpret_cast<uv_handle_t *>(timer)).m_connection.timedOut();
+    Transport &me = self(reinterpret_cast<uv_handle_t *>(timer));
+    // The client is in time if only the application has kept the loop from reading.
+    me.readWhatIsThere();
+    if (uv_is_active(reinterpret_cast<uv_handle_t *>(timer)) == 0)
+        me.m_connection.timedOut();
+}
+
+void Transport::readWhatIsThere()
+{
+    if (m_hangUpWatch)
+        return; // Reading is off.
+    uv_os_fd_t socket = -1;
+    uv_fileno(reinterpret_cast<uv_handle_t *>(&m_tcp), &socket);
+    const uv_buf_t buffer = m_owner.readBuffer();
+    const ssize_t size = ::recv(socket, buffer.base, buffer.len, MSG_DONTWAIT);
+    if (size > 0)
+        onRead(stream(), size, &buffer);
 }
 
 void Transport::onClosed(uv_handle_t *handle)

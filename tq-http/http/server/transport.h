@@ -78,13 +78,14 @@ private:
 
     [[nodiscard]] uv_stream_t *stream() { return reinterpret_cast<uv_stream_t *>(&m_tcp); }
     [[nodiscard]] bool queue(const QByteArray &head, const QByteArray &body, std::size_t sent);
+    void readWhatIsThere();
 
     EventLoopBridge &m_bridge;
     TransportOwner &m_owner;
     uv_tcp_t m_tcp{}; ///< which takes any stream socket
     uv_timer_t m_timer{};
     Connection m_connection;
-    std::unique_ptr<HangUpWatch> m_hangUpWatch;
+    std::unique_ptr<HangUpWatch> m_hangUpWatch; ///< while reading is off
     int m_openHandles = 2;
     int m_pendingWrites = 0;
     bool m_isRefused = false;
