@@ -583,6 +583,9 @@ private Q_SLOTS:
         QTRY_VERIFY(taken.received().endsWith("/waited"));
         QCOMPARE(log.lines().size(), 2);
         QVERIFY(log.contains(QtInfoMsg, QStringLiteral("Accepting resumes.")));
+        const auto later = client(server->port(), get("/later"));
+        answer.clear();
+        QTRY_VERIFY((answer += later->readAll()).endsWith("/later"));
     }
 
     void aSocketThatListensNoMoreDoesNotSpin()
