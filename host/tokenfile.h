@@ -12,7 +12,7 @@
  * that do so at once agree on one. Its directory must be there.
  *
  * Refused with a failure that names the file and why: anything but a regular file of the own user or root
- * that group and others have no rights to, and a token that is shorter than 32 characters, longer than 1024,
- * or not of the form that a request can show.
+ * that group and others have no rights to, a file that is longer than 1024 bytes, and a token that is shorter
+ * than 32 characters or not of the form that a request can show.
  */
 [[nodiscard]] std::variant<QByteArray, StartFailure> readTokenFile(const QString &path);

@@ -79,6 +79,8 @@ private Q_SLOTS:
         for (int i = 0; i < clientCount; ++i) {
             clients.emplace_back(host->port());
             clients.back().send(request);
+            // They are to wait in their order.
+            QVERIFY(clients.back().awaitReceipt());
         }
         QVERIFY2(waitForLog(*host, " warning ch.tessel.http.server: Accepting pauses: too many open files\n"),
                  host->readLog().constData());

@@ -83,6 +83,15 @@ private Q_SLOTS:
         QVERIFY(ask(host, get()).startsWith("HTTP/1.1 404 "));
     }
 
+    void anotherLoopbackAddressIsServedAlone()
+    {
+        HostProcess host(plugin() + QStringList{QStringLiteral("--listen"), QStringLiteral("127.0.0.2:0")});
+        host.process.start();
+        QVERIFY2(waitForLog(host, " with the plug-ins "), host.readLog().constData());
+        static const QRegularExpression alone(QStringLiteral(R"(Listening on 127\.0\.0\.2:\d+ with )"));
+        QVERIFY2(QString::fromUtf8(host.readLog()).contains(alone), host.readLog().constData());
+    }
+
     void otherMachinesAreServedWithATokenOnly()
     {
         // An address of nobody's, so that nothing is ever listened to.

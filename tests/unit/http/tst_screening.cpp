@@ -181,6 +181,18 @@ private Q_SLOTS:
         QVERIFY(driver.output.contains("\r\nVary: Origin\r\n"));
     }
 
+    // Whoever has sent that need not be the page of the answer before.
+    void theGuardsFieldsDoNotGoOutWithTheRefusalOfTheNextHead()
+    {
+        ConnectionDriver driver(count);
+        driver.screening = [](auto, const auto &) { return Screening{{}, {{"Vary", "Origin"}}}; };
+        driver.feed(get + "GET / HTTP/1.1\r\n\r\n"); // no Host
+        QCOMPARE(driver.output.count("Vary"), 1);
+        const QByteArray refusal = driver.output.mid(driver.output.lastIndexOf("HTTP/1.1 "));
+        QVERIFY(refusal.startsWith("HTTP/1.1 400 "));
+        QVERIFY(!refusal.contains("Vary"));
+    }
+
     void itIsAskedBeforeTheSizeOfTheBody()
     {
         ConnectionDriver driver(count);

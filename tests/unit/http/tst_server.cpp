@@ -616,6 +616,28 @@ private Q_SLOTS:
         QTRY_VERIFY(taken.received().endsWith("/waited"));
         QCOMPARE(log.lines().size(), 2);
         QVERIFY(log.contains(QtInfoMsg, QStringLiteral("Accepting resumes.")));
+        const auto later = client(server->port(), get("/later"));
+        answer.clear();
+        QTRY_VERIFY((answer += later->readAll()).endsWith("/later"));
+    }
+
+    // So many that a turn ends with the last of them, and nobody is left for the next one.
+    void acceptingResumesWhenAWholeTurnOfClientsHasWaited()
+    {
+        const LogCapture log("ch.tessel.http.server");
+        serve();
+        std::vector<TestSocket> clients;
+        for (int i = 0; i < 256; ++i) {
+            clients.push_back(TestSocket::connected("127.0.0.1", htons(server->port())));
+            QVERIFY(clients.back().isOpen());
+        }
+        {
+            const AllDescriptorsTaken taken;
+            QTRY_COMPARE(log.lines().size(), 1);
+            QCOMPARE(server->connectionCount(), 0);
+        }
+        QTRY_COMPARE(server->connectionCount(), 256);
+        QTRY_VERIFY(log.contains(QtInfoMsg, QStringLiteral("Accepting resumes.")));
     }
 
     void aSocketThatListensNoMoreDoesNotSpin()

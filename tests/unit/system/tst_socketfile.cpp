@@ -31,9 +31,9 @@ class SocketFileTest : public QObject
     }
 
     // Somebody else's listening socket.
-    [[nodiscard]] int listenElsewhere(int backlog) const
+    [[nodiscard]] int listenElsewhere(int backlog, int type = SOCK_STREAM) const
     {
-        const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        const int socket = ::socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         std::strncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path - 1);
@@ -185,6 +185,16 @@ private Q_SLOTS:
             SocketFile file;
             QCOMPARE(file.open(path), QStringLiteral("it exists and is no socket"));
         }
+        QVERIFY(QFile::exists(path));
+    }
+
+    void leavesALivingOneOfAnotherTypeAlone()
+    {
+        const int other = listenElsewhere(1, SOCK_SEQPACKET);
+        SocketFile file;
+        const QString failure = file.open(path);
+        close(other);
+        QCOMPARE(failure, qt_error_string(EPROTOTYPE));
         QVERIFY(QFile::exists(path));
     }
 

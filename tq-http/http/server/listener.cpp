@@ -56,6 +56,8 @@ struct Listener::Handles
                 return pause();
             }
         }
+        if (isPaused)
+            tryLater();
     }
 
     void resume()
@@ -69,6 +71,11 @@ struct Listener::Handles
         if (!std::exchange(isPaused, true))
             qCWarning(serverLogging) << "Accepting pauses:" << uv_strerror(uv_translate_sys_error(errno));
         uv_poll_stop(&poll);
+        tryLater();
+    }
+
+    void tryLater()
+    {
         bridge.startTimer(
             &timer, [](uv_timer_t *handle) { static_cast<Handles *>(handle->data)->tryAgain(); }, pauseTime);
     }
