@@ -53,7 +53,7 @@ struct Listener::Handles
             } else if (errno == EAGAIN) {
                 return resume();
             } else if (errno != ECONNABORTED && errno != EINTR) {
-                return pause();
+                return pause(errno);
             }
         }
         if (isPaused)
@@ -66,10 +66,10 @@ struct Listener::Handles
             qCInfo(serverLogging) << "Accepting resumes.";
     }
 
-    void pause()
+    void pause(int error)
     {
         if (!std::exchange(isPaused, true))
-            qCWarning(serverLogging) << "Accepting pauses:" << uv_strerror(uv_translate_sys_error(errno));
+            qCWarning(serverLogging) << "Accepting pauses:" << uv_strerror(uv_translate_sys_error(error));
         uv_poll_stop(&poll);
         tryLater();
     }
