@@ -32,7 +32,8 @@ public:
     virtual void endOutput() = 0;
     /// While it is off, no bytes are given to the connection, only Connection::hungUp().
     virtual void setReading(bool on) = 0;
-    /// Calls Connection::timedOut() once, after `period`; replaces a timer that runs.
+    /// Calls Connection::timedOut() once, after `period`, unless what has come by then, which is given to the
+    /// connection first, starts another timer. Replaces a timer that runs.
     virtual void startTimer(std::chrono::milliseconds period) = 0;
     virtual void stopTimer() = 0;
     /// The connection is over. It is destroyed later, not from inside this call.

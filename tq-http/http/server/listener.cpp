@@ -19,9 +19,6 @@ static const QLoggingCategory &serverLogging()
     return category;
 }
 
-/// Connections accepted in one turn, before the others are looked at again.
-static constexpr int acceptsPerTurn = 256;
-
 struct Listener::Handles
 {
     Handles(EventLoopBridge &bridgeToUse, int listening, Accepted function)

@@ -22,6 +22,8 @@ public:
     using Accepted = std::function<void(int socket)>;
 
     static constexpr std::chrono::milliseconds pauseTime{100};
+    /// Connections accepted in one turn, before the others are looked at again.
+    static constexpr int acceptsPerTurn = 256;
 
     /// Takes over `socket`, which listens already. `bridge` must outlive the listener.
     Listener(EventLoopBridge &bridge, int socket, Accepted accepted);
